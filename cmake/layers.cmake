@@ -1,0 +1,26 @@
+# A layer is a folder of src/ with a target of its own. Its headers are reachable only through the target, because the
+# include root that the target exports holds links to nothing but its own folder: a file that includes a header of a
+# layer that its target does not link fails to build.
+#
+#   tyindexer_layer(<target> FOLDER <folder below src> SOURCES <cpp...> HEADERS <h...> LINKS <targets...> PRIVATE_LINKS ...)
+function(tyindexer_layer target)
+  cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
+  set(root ${CMAKE_BINARY_DIR}/include/${target})
+  file(MAKE_DIRECTORY ${root}/${ARG_FOLDER})
+  foreach(header IN LISTS ARG_HEADERS)
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/src/${ARG_FOLDER}/${header} ${root}/${ARG_FOLDER}/${header} SYMBOLIC)
+  endforeach()
+  if(ARG_SOURCES)
+    set(sources)
+    foreach(source IN LISTS ARG_SOURCES)
+      list(APPEND sources ${CMAKE_SOURCE_DIR}/src/${ARG_FOLDER}/${source})
+    endforeach()
+    add_library(${target} STATIC ${sources})
+    target_include_directories(${target} PUBLIC ${root})
+    target_link_libraries(${target} PUBLIC ${ARG_LINKS} PRIVATE tyindexer_options ${ARG_PRIVATE_LINKS})
+  else()
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} INTERFACE ${root})
+    target_link_libraries(${target} INTERFACE ${ARG_LINKS})
+  endif()
+endfunction()

@@ -1,0 +1,32 @@
+// retryFailing repeats a statement until it succeeds, as the library's long-running operations do.
+#pragma once
+
+#include <chrono>
+#include <exception>
+#include <string>
+#include <string_view>
+
+#include "infra/Services.h"
+#include "platform/clock.h"
+
+namespace infra {
+
+/// The wait before a failed statement runs again, so that a fault that persists does not burn a core.
+inline constexpr std::chrono::milliseconds retryPause{50};
+
+/// Runs the statement and gives its result. Each failure is logged at level 3 as the label and the error's
+/// description, and the statement runs again, without limit. Nothing refreshes the heartbeat meanwhile, so
+/// that a supervisor notices a job that hangs here.
+template <class Statement>
+auto retryFailing(Services& services, std::string_view label, Statement statement) {
+    for (;;) {
+        try {
+            return statement();
+        } catch (const std::exception& error) {
+            services.support.WriteLog(std::string(label) + error.what(), LogLevel::errorReport);
+        }
+        services.system.clock.pause(retryPause);
+    }
+}
+
+}  // namespace infra
