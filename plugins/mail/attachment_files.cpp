@@ -107,16 +107,17 @@ std::string AttachmentFiles::add(const std::string& name, const std::string& mim
     const std::filesystem::path folder = temporaryFolder();
     const std::string base = prefix_ + attachmentBaseName(name);
     const std::string ending = "." + attachmentExtension(name, mimeType);
-    std::string path = (folder / (base + ending)).string();
+    int& used = used_[base + ending];
+    std::string path;
     int descriptor = -1;
     // Names repeat, within a message and among those of one second: the file that is there is never touched.
-    for (int number = 1; descriptor < 0; ++number) {
+    while (descriptor < 0) {
+        const std::string number = used == 0 ? "" : "~" + std::to_string(used);
+        ++used;
+        path = (folder / (base + number + ending)).string();
         descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (descriptor < 0 && errno != EEXIST) {
             throw writeError(path, errno);
-        }
-        if (descriptor < 0) {
-            path = (folder / (base + "~" + std::to_string(number) + ending)).string();
         }
     }
     paths_.push_back(path);

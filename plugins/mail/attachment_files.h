@@ -4,6 +4,7 @@
 
 #include <ctime>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,7 @@ class AttachmentFiles {
   private:
     std::string prefix_;
     std::vector<std::string> paths_;
+    std::map<std::string, int> used_;  // how often a name was given; many parts of a message may share one
 };
 
 /// The extension of an attachment's file: that of its name where it has one of letters and digits, else one

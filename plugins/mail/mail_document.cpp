@@ -49,10 +49,14 @@ ObjectHandle<GMimeMessage> parse(const shared::InputFile& file, std::size_t star
     return ObjectHandle<GMimeMessage>(g_mime_parser_construct_message(parser.get(), nullptr));
 }
 
-int headerCount(GMimeMessage* message) {
-    return message == nullptr
-               ? 0
-               : g_mime_header_list_get_count(g_mime_object_get_header_list(GMIME_OBJECT(message)));
+/// The lines that describe the content belong to the message's part.
+bool hasHeaders(GMimeMessage* message) {
+    if (message == nullptr) {
+        return false;
+    }
+    GMimeObject* part = g_mime_message_get_mime_part(message);
+    return g_mime_header_list_get_count(g_mime_object_get_header_list(GMIME_OBJECT(message))) > 0 ||
+           (part != nullptr && g_mime_header_list_get_count(g_mime_object_get_header_list(part)) > 0);
 }
 
 void addMetaTag(sdk::Document& document, const char* type, const std::string& text) {
@@ -122,7 +126,7 @@ sdk::Document readMailDocument(const std::string& path, std::size_t mostSentence
 
     const std::string head = file.head(shared::binarySample);
     const ObjectHandle<GMimeMessage> message = parse(file, messageStart(head));
-    if (headerCount(message.get()) == 0) {
+    if (!hasHeaders(message.get())) {
         readHeaderless(sentences, file);
     } else {
         readHeaders(document, message.get());

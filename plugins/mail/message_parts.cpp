@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "mail/gmime_handles.h"
 #include "mail/html_text.h"
+#include "mail/uuencode.h"
 #include "shared/charset.h"
 
 namespace mail {
@@ -28,6 +29,10 @@ bool isType(GMimeObject* part, const char* type, const char* subtype) {
 bool isMarkedAttachment(GMimeObject* part) {
     const char* disposition = g_mime_object_get_disposition(part);
     return disposition != nullptr && base::equalsIgnoringCase(disposition, "attachment");
+}
+
+bool isNamed(GMimeObject* part) {
+    return GMIME_IS_PART(part) && g_mime_part_get_filename(GMIME_PART(part)) != nullptr;
 }
 
 /// A report's status lines are text for people, under whatever type they come.
@@ -144,22 +149,26 @@ void MessageParts::readMultipart(GMimeMultipart* multipart, Take take, int depth
     // A body whose boundaries are broken stands, whole, where the text for old mailers belongs.
     const std::string prologue = count == 0 ? textOf(g_mime_multipart_get_prologue(multipart)) : "";
     if (take == Take::everything && !prologue.empty()) {
-        readPlainText(prologue, nullptr);
+        readPlainText(prologue);
     }
 }
 
 void MessageParts::readAlternative(GMimeMultipart* multipart, Take take, int depth) {
     const int chosen = chosenAlternative(multipart, depth);
     for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i) {
-        readPart(g_mime_multipart_get_part(multipart, i), i == chosen ? take : Take::attachmentsOnly,
-                 depth + 1);
+        GMimeObject* part = g_mime_multipart_get_part(multipart, i);
+        if (i == chosen) {
+            readPart(part, take, depth + 1);
+        } else if (GMIME_IS_MULTIPART(part) || isNamed(part) || isMarkedAttachment(part)) {
+            readPart(part, Take::attachmentsOnly, depth + 1);
+        }
     }
 }
 
 void MessageParts::readLeaf(GMimePart* part, Take take) {
     auto* const object = GMIME_OBJECT(part);
-    const bool isNamed = g_mime_part_get_filename(part) != nullptr;
-    const bool isAttachment = !isText(object) || isMarkedAttachment(object) || (isNamed && foundText_);
+    const bool isAttachment =
+        !isText(object) || isMarkedAttachment(object) || (isNamed(object) && foundText_);
     if (isAttachment) {
         addPartFile(part);
     } else if (take == Take::everything) {
@@ -171,7 +180,12 @@ void MessageParts::readText(GMimePart* part, GMimeContentType* type) {
     std::string bytes = contentOf(part);
     std::string charset = parameterOf(type, "charset");
     if (!isType(GMIME_OBJECT(part), "text", "html")) {
-        readPlainText(shared::toUtf8(std::move(bytes), charset), type);
+        std::string text = shared::toUtf8(std::move(bytes), charset);
+        // Wrapped lines are joined anyway; with this parameter the blank that marks a wrap is not the text's.
+        if (base::equalsIgnoringCase(parameterOf(type, "delsp"), "yes")) {
+            text = base::replaceAll(base::replaceAll(text, " \r\n", ""), " \n", "");
+        }
+        readPlainText(text);
         return;
     }
     if (charset.empty()) {
@@ -181,12 +195,18 @@ void MessageParts::readText(GMimePart* part, GMimeContentType* type) {
     foundText_ = true;
 }
 
-void MessageParts::readPlainText(std::string text, GMimeContentType* type) {
-    // Wrapped lines are joined anyway; with this parameter the blank that marks a wrap is none of the text's.
-    if (base::equalsIgnoringCase(parameterOf(type, "delsp"), "yes")) {
-        text = base::replaceAll(base::replaceAll(text, " \r\n", ""), " \n", "");
+void MessageParts::readPlainText(const std::string& text) {
+    std::string_view rest = text;
+    while (const auto file = findEncodedFile(rest)) {
+        shared::addPlainText(sentences_, withoutQuoteMarks(file->before));
+        addAttachment(file->name, "", [&file](int descriptor) {
+            return writeTo(descriptor, [&file](GMimeStream* stream) {
+                return g_mime_stream_write(stream, file->bytes.data(), file->bytes.size());
+            });
+        });
+        rest = file->after;
     }
-    shared::addPlainText(sentences_, withoutQuoteMarks(text));
+    shared::addPlainText(sentences_, withoutQuoteMarks(rest));
     foundText_ = true;
 }
 

@@ -33,7 +33,7 @@ class MessageParts {
     void readAlternative(GMimeMultipart* multipart, Take take, int depth);
     void readLeaf(GMimePart* part, Take take);
     void readText(GMimePart* part, GMimeContentType* type);
-    void readPlainText(std::string text, GMimeContentType* type);
+    void readPlainText(const std::string& text);
     void addAttachment(const std::string& name, const std::string& mimeType,
                        const std::function<bool(int)>& write);
     void addPartFile(GMimePart* part);

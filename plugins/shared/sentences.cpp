@@ -6,6 +6,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <stdexcept>
 #include <utility>
@@ -87,9 +88,14 @@ bool isItemNumber(std::string_view text) {
 
 /// A line of one repeated mark, such as "-----" under a heading.
 bool isRule(std::string_view line) {
-    return line.size() >= 2 && static_cast<unsigned char>(line[0]) < 0x80 &&
-           u_ispunct(static_cast<UChar32>(line[0])) &&
+    return line.size() >= 2 && std::ispunct(static_cast<unsigned char>(line[0])) != 0 &&
            line.find_first_not_of(line[0]) == std::string_view::npos;
+}
+
+/// The library ends sentences within addresses and names of files too; a new one needs a blank before it,
+/// unless its script knows none.
+bool isWithinAsciiWord(std::string_view text, std::size_t position) {
+    return text[position - 1] != ' ' && ((text[position - 1] | text[position]) & 0x80) == 0;
 }
 
 std::string_view withoutOuterBlanks(std::string_view line) {
@@ -171,7 +177,7 @@ void SentenceCollector::cutSentences(bool paragraphEnds) {
         for (std::size_t end = breaker_->next(text.size()); end < text.size();
              end = breaker_->next(text.size())) {
             const std::string_view sentence = trimmed(text.substr(start, end - start));
-            if (!isItemNumber(sentence)) {
+            if (!isItemNumber(sentence) && !isWithinAsciiWord(text, end)) {
                 emit(sentence);
                 start = end;
             }
