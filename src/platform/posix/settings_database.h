@@ -16,6 +16,9 @@
 
 namespace platform::posix {
 
+/// Another process kept the file locked for longer than a service should wait.
+inline constexpr SettingsStatus settingsBusy{170};
+
 struct SettingsValue {
     std::string name;
     ValueType type = ValueType::none;

@@ -381,6 +381,16 @@ TEST(SettingsFile, ListsTheKeysBelowOneAsTheyWereSpelled) {
     EXPECT_EQ(file.subKeys("missing", names), SettingsStatus::notFound);
 }
 
+TEST(SettingsFile, TakesDoubledSeparatorsInAPathForOne) {
+    const fakes::TemporaryFolder folder;
+    SettingsFile file(folder / "settings.db");
+    EXPECT_EQ(save(file, "name", "text", R"(\software\\maker\service\)"), SettingsStatus::success);
+    EXPECT_EQ(load(file, "name"), "text");
+    std::vector<std::string> names;
+    EXPECT_EQ(file.subKeys("software", names), SettingsStatus::success);
+    EXPECT_EQ(names, std::vector<std::string>{"maker"});
+}
+
 TEST(SettingsFile, DeletesAKeyWithEverythingBelowItAndNothingBeside) {
     const fakes::TemporaryFolder folder;
     SettingsFile file(folder / "settings.db");
