@@ -66,9 +66,9 @@ class Statements : public testing::Test {
             "VALUES ('" +
             base::replaceAll(path, "'", "''") + "', " + std::to_string(indexType) +
             ", '2026-11-16 01:00:00', 'txt', 7, 1)");
-        library.statements.clear();
+        library.trace.clear();
         EXPECT_TRUE(indexer.DoIndex(++lastEntry));
-        return std::exchange(library.statements, {});
+        return std::exchange(library.trace, {});
     }
 
     /// What follows the setup of the river document: words, their commit and the end of its entry.
