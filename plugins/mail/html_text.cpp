@@ -36,6 +36,7 @@ std::string_view viewOf(const xmlChar* text) {
 class Collector {
   public:
     void startElement(std::string_view name, const xmlChar** attributes) {
+        deepest_ = std::max(deepest_, ++depth_);
         hiddenDepth_ += contains(hidden, name) ? 1 : 0;
         if (hiddenDepth_ > 0) {
             return;
@@ -52,6 +53,7 @@ class Collector {
     }
 
     void endElement(std::string_view name) {
+        --depth_;
         if (contains(hidden, name)) {
             hiddenDepth_ -= hiddenDepth_ > 0 ? 1 : 0;
         } else if (name == "td" || name == "th") {
@@ -75,6 +77,8 @@ class Collector {
 
     std::string take() { return std::move(text_); }
 
+    [[nodiscard]] int deepest() const { return deepest_; }
+
   private:
     void addAlternative(const xmlChar** attributes) {
         for (; attributes != nullptr && attributes[0] != nullptr; attributes += 2) {
@@ -86,6 +90,8 @@ class Collector {
 
     std::string text_;
     int hiddenDepth_ = 0;
+    int depth_ = 0;
+    int deepest_ = 0;
 };
 
 xmlSAXHandler handlers() {
@@ -104,10 +110,23 @@ xmlSAXHandler handlers() {
     return sax;
 }
 
+/// For pages that nest without end, on which the parser's time would grow with the square of their length.
+std::string withoutTags(std::string_view html) {
+    std::string text;
+    while (!html.empty()) {
+        const std::size_t open = std::min(html.find('<'), html.size());
+        text.append(html.substr(0, open)).append(" ");
+        const std::size_t close = html.find('>', open);
+        html = close == std::string_view::npos ? std::string_view() : html.substr(close + 1);
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string htmlToPlainText(const std::string& html) {
-    constexpr std::size_t pieceSize = std::size_t{1} << 20;
+    constexpr std::size_t pieceSize = std::size_t{1} << 16;
+    constexpr int deepestNesting = 4096;
     Collector collector;
     xmlSAXHandler sax = handlers();
     const std::unique_ptr<htmlParserCtxt, decltype(&htmlFreeParserCtxt)> parser(
@@ -121,6 +140,9 @@ std::string htmlToPlainText(const std::string& html) {
     for (std::size_t from = 0; from < html.size(); from += pieceSize) {
         const std::size_t size = std::min(pieceSize, html.size() - from);
         htmlParseChunk(parser.get(), html.data() + from, static_cast<int>(size), 0);
+        if (collector.deepest() > deepestNesting) {
+            return withoutTags(html);
+        }
     }
     htmlParseChunk(parser.get(), nullptr, 0, 1);
     const std::string text = collector.take();

@@ -86,7 +86,7 @@ Converter openConverter(const std::string& charset) {
 /// The encoding that the bytes look like; empty when nothing speaks for any.
 std::string detectCharset(std::string_view bytes) {
     constexpr std::size_t enough = std::size_t{1} << 17;
-    constexpr std::int32_t leastConfidence = 15;
+    constexpr std::int32_t leastConfidence = 20;  // a few words give no more by chance
     // A sample from the first byte that is not ASCII on tells more than the ASCII before it.
     const auto first = std::find_if(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) != 0; });
     const auto start = static_cast<std::size_t>(first - bytes.begin());
