@@ -97,6 +97,8 @@ class Library:
         self.log_path = self.folder / "service.log"
         self.trace_path = self.folder / "statements.sql"
         self.errors_path = self.folder / "errors.txt"
+        self.temporary = self.folder / "temporary"
+        self.temporary.mkdir(exist_ok=True)
         run_tool("init", self.path, settings=self.settings)
         self.set(self.usual_settings() | (settings or {}))
 
@@ -187,7 +189,8 @@ class Library:
     # The service
 
     def environment(self):
-        return dict(os.environ, TYINDEXER_SETTINGS=str(self.settings), TYINDEXER_PLUGINS=str(PLUGINS))
+        return dict(os.environ, TYINDEXER_SETTINGS=str(self.settings), TYINDEXER_PLUGINS=str(PLUGINS),
+                    TMPDIR=str(self.temporary))
 
     def start(self, *arguments, until_idle=False, trace=False, poll="0.001"):
         command = [BIN / "tyindexerd", "--poll-interval", poll, *arguments]

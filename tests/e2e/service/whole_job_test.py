@@ -250,7 +250,8 @@ class WholeJob(harness.ServiceTest):
         self.assertEqual(library.words(attachment), {"springtide": 1, "comes": 1, "noon": 1})
         created = re.findall(r"Indexer::IndexDocument - Sub Doc: (.+)", "\n".join(library.log()))
         self.assertEqual(len(created), 1)
-        self.assertFalse(harness.pathlib.Path(created[0]).exists())
+        self.assertTrue(created[0].startswith(str(library.temporary)))
+        self.assertEqual(list(library.temporary.iterdir()), [])
         self.assertFalse(library.logged("Could not delete temp file"))
 
 
