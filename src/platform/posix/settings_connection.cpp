@@ -47,7 +47,6 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(SettingsStatemen
 
 /// What a result code of the database library means to the callers of a settings store.
 SettingsStatus statusOf(int code) {
-    constexpr SettingsStatus busy{170};
     constexpr int primaryCode = 0xFF;
     switch (code & primaryCode) {
         case SQLITE_OK:
@@ -56,7 +55,7 @@ SettingsStatus statusOf(int code) {
             return SettingsStatus::success;
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return busy;
+            return settingsBusy;
         case SQLITE_ERROR:  // the file's tables are not those of a settings file
         case SQLITE_CORRUPT:
         case SQLITE_NOTADB:

@@ -204,9 +204,15 @@ SettingsStatus SettingsDatabase::reach(Purpose purpose) {
     if (!exists || !S_ISREG(file.st_mode)) {
         return SettingsStatus::accessDenied;
     }
+    const SettingsStatus status = connect(file, purpose);
+    return status == SettingsStatus::notFound && purpose == Purpose::write ? connection_->makeTables()
+                                                                           : status;
+}
+
+SettingsStatus SettingsDatabase::connect(const struct stat& file, Purpose purpose) {
     // What could not be written when it was opened may be writable now.
-    if (connection_ != nullptr && connection_->mode() == Connection::Mode::unchanging &&
-        purpose == Purpose::write) {
+    if (connection_ != nullptr && purpose == Purpose::write &&
+        connection_->mode() == Connection::Mode::unchanging) {
         connection_.reset();
     }
     if (connection_ == nullptr) {
@@ -216,13 +222,11 @@ SettingsStatus SettingsDatabase::reach(Purpose purpose) {
     if (status == SettingsStatus::accessDenied) {
         connection_ = std::make_unique<Connection>(path_, Connection::Mode::unchanging, file);
         status = connection_->verify();
-        if (status == SettingsStatus::accessDenied) {
-            connection_.reset();
-            return status;
-        }
     }
-    return status == SettingsStatus::notFound && purpose == Purpose::write ? connection_->makeTables()
-                                                                           : status;
+    if (status == SettingsStatus::accessDenied) {
+        connection_.reset();
+    }
+    return status;
 }
 
 SettingsStatus SettingsDatabase::makeFile() const {

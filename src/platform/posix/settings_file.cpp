@@ -19,7 +19,7 @@ std::string environment(const char* name) {
 }
 
 std::string homeFolder() {
-    const std::string home = environment("HOME");
+    std::string home = environment("HOME");
     if (!home.empty()) {
         return home;
     }
@@ -27,15 +27,23 @@ std::string homeFolder() {
     return user == nullptr ? std::string("/") : std::string(user->pw_dir);
 }
 
-std::string_view withoutEndingSeparators(std::string_view path) {
-    while (path.ends_with('\\')) {
-        path.remove_suffix(1);
+/// Without separators at its ends and with single ones between: no key has an empty name.
+std::string tidyPath(std::string_view path) {
+    std::string tidy;
+    tidy.reserve(path.size());
+    for (const char byte : path) {
+        if (byte != '\\' || !(tidy.empty() || tidy.ends_with('\\'))) {
+            tidy += byte;
+        }
     }
-    return path;
+    if (tidy.ends_with('\\')) {
+        tidy.pop_back();
+    }
+    return tidy;
 }
 
 std::string foldedPath(std::string_view path) {
-    return base::fold(withoutEndingSeparators(path));
+    return base::fold(tidyPath(path));
 }
 
 void copyOut(const std::string& bytes, void* room) {
@@ -55,6 +63,25 @@ std::string settingsPath() {
     return (configuration.empty() ? homeFolder() + "/.config" : configuration) + "/tessaly/settings.db";
 }
 
+std::string describe(SettingsStatus status) {
+    if (status == settingsBusy) {
+        return "another program kept the settings file locked for too long; try again";
+    }
+    switch (status) {
+        case SettingsStatus::success:
+            return "done";
+        case SettingsStatus::notFound:
+            return "there is none";
+        case SettingsStatus::accessDenied:
+            return "the settings file cannot be read or written here";
+        case SettingsStatus::damaged:
+            return "the settings file is damaged or is no settings file; put a backup in its place or delete "
+                   "it";
+        default:
+            return "status " + std::to_string(static_cast<std::int32_t>(status));
+    }
+}
+
 SettingsFile::SettingsFile(std::string path) : database_(std::move(path)) {}
 
 SettingsStatus SettingsFile::openKey(RootKey /*root*/, std::string_view path, KeyHandle& key) {
@@ -67,7 +94,7 @@ SettingsStatus SettingsFile::openKey(RootKey /*root*/, std::string_view path, Ke
 }
 
 SettingsStatus SettingsFile::createKey(RootKey /*root*/, std::string_view path, KeyHandle& key) {
-    const SettingsStatus status = database_.makeKey(withoutEndingSeparators(path));
+    const SettingsStatus status = database_.makeKey(tidyPath(path));
     if (status == SettingsStatus::success) {
         key = handleTo(foldedPath(path));
     }

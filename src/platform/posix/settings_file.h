@@ -20,6 +20,9 @@ namespace platform::posix {
 /// ~/.config/tessaly/settings.db.
 [[nodiscard]] std::string settingsPath();
 
+/// What a status says about the file, for a person.
+[[nodiscard]] std::string describe(SettingsStatus status);
+
 class SettingsFile : public SettingsStore {
   public:
     explicit SettingsFile(std::string path);
