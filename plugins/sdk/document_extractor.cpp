@@ -13,11 +13,11 @@ namespace {
 
 /// The item at a 1-based index; an index without an item is an error that names both.
 template <class Item>
-const Item& itemAt(const std::vector<Item>& items, std::int16_t index, const char* method) {
+const Item& itemAt(const std::vector<Item>& items, std::int16_t index) {
     if (index < 1 || static_cast<std::size_t>(index) > items.size()) {
-        throw ExtractionError(static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
-                              std::string(method) + ": index " + std::to_string(index) + " is outside 1.." +
-                                  std::to_string(items.size()));
+        throw ExtractionError(
+            static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
+            "index " + std::to_string(index) + " is outside 1.." + std::to_string(items.size()));
     }
     return items[static_cast<std::size_t>(index) - 1];
 }
@@ -92,16 +92,16 @@ bool DocumentExtractor::MoreSentences() {
 std::string DocumentExtractor::GetNextSentence() {
     clearError();
     if (sentencesRead_ >= document_.sentences.size()) {
-        throw ExtractionError(static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
-                              "GetNextSentence: there is no sentence after number " +
-                                  std::to_string(document_.sentences.size()));
+        throw ExtractionError(
+            static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
+            "there is no sentence after number " + std::to_string(document_.sentences.size()));
     }
     return document_.sentences[sentencesRead_++];
 }
 
 std::string DocumentExtractor::GetSentenceText(std::int16_t index) {
     clearError();
-    return itemAt(document_.sentences, index, "GetSentenceText");
+    return itemAt(document_.sentences, index);
 }
 
 std::int32_t DocumentExtractor::GetNumberofImportantText() {
@@ -111,12 +111,12 @@ std::int32_t DocumentExtractor::GetNumberofImportantText() {
 
 std::string DocumentExtractor::GetImportantTextText(std::int16_t index) {
     clearError();
-    return itemAt(document_.importantText, index, "GetImportantTextText").text;
+    return itemAt(document_.importantText, index).text;
 }
 
 std::string DocumentExtractor::GetImportantTextType(std::int16_t index) {
     clearError();
-    return itemAt(document_.importantText, index, "GetImportantTextType").type;
+    return itemAt(document_.importantText, index).type;
 }
 
 std::int32_t DocumentExtractor::GetNumberofAnnotations() {
@@ -126,17 +126,17 @@ std::int32_t DocumentExtractor::GetNumberofAnnotations() {
 
 std::string DocumentExtractor::GetAnnotationType(std::int16_t index) {
     clearError();
-    return itemAt(document_.annotations, index, "GetAnnotationType").type;
+    return itemAt(document_.annotations, index).type;
 }
 
 std::string DocumentExtractor::GetAnnotationAnchor(std::int16_t index) {
     clearError();
-    return itemAt(document_.annotations, index, "GetAnnotationAnchor").anchor;
+    return itemAt(document_.annotations, index).anchor;
 }
 
 std::string DocumentExtractor::GetAnnotationText(std::int16_t index) {
     clearError();
-    return itemAt(document_.annotations, index, "GetAnnotationText").text;
+    return itemAt(document_.annotations, index).text;
 }
 
 std::int32_t DocumentExtractor::GetNumberofMetaTags() {
@@ -146,12 +146,12 @@ std::int32_t DocumentExtractor::GetNumberofMetaTags() {
 
 std::string DocumentExtractor::GetMetaTagText(std::int16_t index) {
     clearError();
-    return itemAt(document_.metaTags, index, "GetMetaTagText").text;
+    return itemAt(document_.metaTags, index).text;
 }
 
 std::string DocumentExtractor::GetMetaTagType(std::int16_t index) {
     clearError();
-    return itemAt(document_.metaTags, index, "GetMetaTagType").type;
+    return itemAt(document_.metaTags, index).type;
 }
 
 std::int16_t DocumentExtractor::GetNumberofSubDocuments() {
@@ -161,12 +161,12 @@ std::int16_t DocumentExtractor::GetNumberofSubDocuments() {
 
 std::string DocumentExtractor::GetSubDocumentTempPath(std::int16_t index) {
     clearError();
-    return itemAt(document_.subDocuments, index, "GetSubDocumentTempPath").tempPath;
+    return itemAt(document_.subDocuments, index).tempPath;
 }
 
 std::string DocumentExtractor::GetSubDocumentPath(std::int16_t index) {
     clearError();
-    return itemAt(document_.subDocuments, index, "GetSubDocumentPath").path;
+    return itemAt(document_.subDocuments, index).path;
 }
 
 void DocumentExtractor::clearError() {

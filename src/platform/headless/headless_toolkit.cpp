@@ -94,7 +94,9 @@ std::optional<Milliseconds> HeadlessToolkit::nextTick() const {
 }
 
 void HeadlessToolkit::printToStandardError(std::string_view text) {
-    std::cerr << text << std::endl;
+    std::string lines(text);
+    std::erase(lines, '\r');
+    std::cerr << lines << std::endl;
 }
 
 HeadlessTimer* HeadlessToolkit::timerDueAt(Milliseconds moment) const {

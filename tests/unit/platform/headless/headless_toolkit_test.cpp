@@ -54,8 +54,8 @@ TEST_F(Headless, AMessageBoxIsPrintedAndCountsAsAnswered) {
 TEST_F(Headless, WithoutASinkAMessageBoxGoesToStandardError) {
     HeadlessToolkit plain(waiter);
     testing::internal::CaptureStderr();
-    plain.messageBox("Unable to connect");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unable to connect\n");
+    plain.messageBox("Unable to connect\r\nto the library");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unable to connect\nto the library\n");
 }
 
 TEST_F(Headless, AFileDialogIsCancelledUnlessATestAnswersIt) {

@@ -115,7 +115,7 @@ TEST(DocumentExtractor, RefusesAnIndexWithoutAnItemAndNamesIt) {
         extractor.GetSentenceText(3);
         FAIL() << "no error was raised";
     } catch (const sdk::ExtractionError& error) {
-        EXPECT_STREQ(error.what(), "GetSentenceText: index 3 is outside 1..2");
+        EXPECT_STREQ(error.what(), "index 3 is outside 1..2");
     }
 }
 

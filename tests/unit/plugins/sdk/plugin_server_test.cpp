@@ -80,7 +80,7 @@ TEST_F(PluginServerTest, EndsARangeAtAnErrorAndKeepsTheItemsBeforeIt) {
         ask("range", {{"object", object}, {"methods", {"GetSentenceText"}}, {"first", 2}, {"last", 9}});
     EXPECT_EQ(reply["result"]["results"], json({"Two."}));
     EXPECT_EQ(reply["result"]["error"]["code"], 9);
-    EXPECT_EQ(reply["result"]["error"]["message"], "GetSentenceText: index 3 is outside 1..2");
+    EXPECT_EQ(reply["result"]["error"]["message"], "index 3 is outside 1..2");
 }
 
 TEST_F(PluginServerTest, EndsARangeEarlyWhenItsAnswerGrowsLarge) {
