@@ -211,6 +211,30 @@ inline Statements purge() {
         "AND (description = 'user' OR description = 'anti') )"};
 }
 
+inline Statements readTitle() {
+    return {"SELECT flag_user_set_title, title FROM document_object WHERE id = 1"};
+}
+
+/// `columns` as they follow SET, blanks included.
+inline Statements refresh(const std::string& columns) {
+    return {"UPDATE document_object SET" + columns + " WHERE id = 1"};
+}
+
+inline Statements markAsFailed() {
+    return {"UPDATE document_object SET flag_indexing_failed = TRUE WHERE id = 1"};
+}
+
+/// What takes the path words of a moved document away.
+inline Statements forgetPath(const std::string& path) {
+    return {
+        "SELECT id FROM document_object WHERE  saved_location = '" + path + "' AND location_invalid = FALSE",
+        "DELETE * FROM word_index WHERE id_document_object = 1 AND comp_type = 2 AND type = (SELECT type "
+        "FROM "
+        "search_weight WHERE description = 'document_path')",
+        "DELETE * FROM important_text WHERE id_document = 1 AND type = (SELECT type FROM search_weight WHERE "
+        "description = 'document_path')"};
+}
+
 inline Statements leaveQueue(const std::string& path) {
     return {"DELETE * FROM file_index_queue WHERE doc_path = '" + path + "'"};
 }
