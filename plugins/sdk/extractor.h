@@ -110,13 +110,16 @@ class DocumentExtractor : public Extractor {
 
   protected:
     /// Reads the document. An ExtractionError makes SetDocumentID answer false and stands in
-    /// GetLastErrorNumber and GetLastErrorString. Its sentences are at most maxSentences.
+    /// GetLastErrorNumber and GetLastErrorString. Of more than maxSentences sentences, neighbours are joined.
     virtual Document extract(const std::string& path) = 0;
 
     /// The contract numbers sentences in 16 bits, important text and annotations after the body included.
     static constexpr std::size_t maxSentences = 30000;
 
   private:
+    /// Every call that succeeds leaves no error behind: the service asks after some of them.
+    void clearError();
+
     Document document_;
     std::int32_t errorNumber_ = 0;
     std::string errorText_;

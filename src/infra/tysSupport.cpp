@@ -133,8 +133,9 @@ std::string tysSupport::getMappedDrivePath(std::string_view networkPath) {
             // A plain prefix, not one of whole folder names: \\srv\data is one of \\srv\database too.
             const std::string_view beginning = base::left(networkPath, shareLength);
             if (base::toUpper(beginning) == base::toUpper(share)) {
-                const std::string rest(networkPath.substr(beginning.size()));
-                return base::replaceAll(drive + ":" + rest, "/", "\\");
+                std::string path = drive + ":";
+                path += networkPath.substr(beginning.size());
+                return base::replaceAll(path, "/", "\\");
             }
         }
     } catch (const std::exception&) {

@@ -134,8 +134,9 @@ void exportKey(SettingsFile& settings, const std::string& path, std::string& tex
     }
     std::vector<std::string> names;
     expectSuccess(settings.subKeys(path, names), "read the keys below [" + path + "]");
+    const std::string begin = path.empty() ? path : path + "\\";
     for (const std::string& name : names) {
-        exportKey(settings, path.empty() ? name : path + "\\" + name, text);
+        exportKey(settings, begin + name, text);
     }
 }
 

@@ -1,8 +1,10 @@
 #include "platform/posix/settings_connection.h"
 
+#include <cerrno>
 #include <cstdio>
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform::posix {
@@ -86,11 +88,18 @@ std::string unchangingUri(const std::string& path) {
     return uri + "?immutable=1";
 }
 
-bool isSameFile(const struct stat& left, const struct stat& right) {
-    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
-}
-
 }  // namespace
+
+int identify(const std::string& path, FileIdentity& file) {
+    struct stat found {};
+    if (::stat(path.c_str(), &found) != 0) {
+        return errno;
+    }
+    constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+    file = {found.st_dev, found.st_ino, found.st_size,
+            found.st_mtim.tv_sec * nanosecondsPerSecond + found.st_mtim.tv_nsec, S_ISREG(found.st_mode)};
+    return 0;
+}
 
 SettingsQuery::~SettingsQuery() {
     if (statement_ != nullptr) {
@@ -151,7 +160,7 @@ void SettingsDatabase::Connection::FinalizeStatement::operator()(sqlite3_stmt* s
     static_cast<void>(sqlite3_finalize(statement));
 }
 
-SettingsDatabase::Connection::Connection(const std::string& path, Mode mode, const struct stat& identity)
+SettingsDatabase::Connection::Connection(const std::string& path, Mode mode, const FileIdentity& identity)
     : path_(path), mode_(mode), identity_(identity) {
     const bool unchanging = mode == Mode::unchanging;
     const std::string name = unchanging ? unchangingUri(path) : path;
@@ -173,14 +182,11 @@ SettingsDatabase::Connection::Connection(const std::string& path, Mode mode, con
 
 SettingsDatabase::Connection::~Connection() = default;
 
-bool SettingsDatabase::Connection::isOf(const struct stat& identity) const {
-    if (!isSameFile(identity, identity_)) {
-        return false;
-    }
+bool SettingsDatabase::Connection::isOf(const FileIdentity& identity) const {
     // A connection that believes in an unchanging file does not look for changes itself.
-    return mode_ == Mode::shared ||
-           (identity.st_mtim.tv_sec == identity_.st_mtim.tv_sec &&
-            identity.st_mtim.tv_nsec == identity_.st_mtim.tv_nsec && identity.st_size == identity_.st_size);
+    return identity.isSameFile(identity_) &&
+           (mode_ == Mode::shared ||
+            (identity.modified == identity_.modified && identity.size == identity_.size));
 }
 
 SettingsStatus SettingsDatabase::Connection::verify() {
@@ -199,7 +205,7 @@ SettingsStatus SettingsDatabase::Connection::verify() {
     if (status != SettingsStatus::success) {
         return status;
     }
-    if (pageSize == 0 || identity_.st_size % pageSize != 0) {
+    if (pageSize == 0 || identity_.size % pageSize != 0) {
         return SettingsStatus::damaged;
     }
     if (tableCount == 0) {
@@ -254,9 +260,9 @@ void SettingsDatabase::Connection::forsake() {
         statement.reset();
     }
     database_.reset();
-    struct stat now {};
+    FileIdentity now;
     const std::string log = path_ + "-wal";
-    if (hasLog_ && ::stat(log.c_str(), &now) == 0 && isSameFile(now, log_)) {
+    if (hasLog_ && identify(log, now) == 0 && now.isSameFile(log_)) {
         static_cast<void>(::unlink(log.c_str()));
         static_cast<void>(::unlink((path_ + "-shm").c_str()));
     }
@@ -281,7 +287,7 @@ SettingsStatus SettingsDatabase::Connection::readNumber(std::string_view text, s
 }
 
 void SettingsDatabase::Connection::rememberLog() {
-    hasLog_ = ::stat((path_ + "-wal").c_str(), &log_) == 0;
+    hasLog_ = identify(path_ + "-wal", log_) == 0;
 }
 
 }  // namespace platform::posix

@@ -8,8 +8,6 @@
 #include <string>
 #include <string_view>
 
-#include <sys/stat.h>
-
 #include "platform/posix/settings_database.h"
 #include "platform/settings_store.h"
 
@@ -17,6 +15,22 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 namespace platform::posix {
+
+/// What tells one file at a path from another, and a changed file from an unchanged one.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t modified = 0;  // nanoseconds
+    bool isPlain = false;       // neither a folder nor a device
+
+    [[nodiscard]] bool isSameFile(const FileIdentity& other) const {
+        return device == other.device && inode == other.inode;
+    }
+};
+
+/// Looks at the file at a path, through links. Gives 0, or the system's error number.
+int identify(const std::string& path, FileIdentity& file);
 
 enum class SettingsStatement : std::size_t {
     findKey,
@@ -64,15 +78,15 @@ class SettingsDatabase::Connection {
 
     /// Opens the file, which exists; verify tells whether it could be. `unchanging` is for a place where
     /// nothing can be written, not even the files that readers share.
-    Connection(const std::string& path, Mode mode, const struct stat& identity);
+    Connection(const std::string& path, Mode mode, const FileIdentity& identity);
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
     [[nodiscard]] Mode mode() const { return mode_; }
 
-    /// True when what stat() tells is still this file.
-    [[nodiscard]] bool isOf(const struct stat& identity) const;
+    /// True when what stands at the path is still this file.
+    [[nodiscard]] bool isOf(const FileIdentity& identity) const;
 
     /// success for a settings file, notFound for one without any table yet, damaged for anything else.
     SettingsStatus verify();
@@ -102,8 +116,8 @@ class SettingsDatabase::Connection {
 
     std::string path_;
     Mode mode_;
-    struct stat identity_;
-    struct stat log_ {};  // of the write-ahead log beside the file
+    FileIdentity identity_;
+    FileIdentity log_;  // of the write-ahead log beside the file
     bool hasLog_ = false;
     bool verified_ = false;
     SettingsStatus status_ = SettingsStatus::success;  // of opening it

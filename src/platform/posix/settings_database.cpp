@@ -184,29 +184,34 @@ SettingsStatus SettingsDatabase::run(Purpose purpose, Operation operation) {
 }
 
 SettingsStatus SettingsDatabase::reach(Purpose purpose) {
-    struct stat file {};
-    bool exists = ::stat(path_.c_str(), &file) == 0;
-    const bool isMissing = !exists && (errno == ENOENT || errno == ENOTDIR);
-    if (connection_ != nullptr && (!exists || !connection_->isOf(file))) {
+    FileIdentity file;
+    int error = identify(path_, file);
+    if (connection_ != nullptr && (error != 0 || !connection_->isOf(file))) {
         connection_->forsake();
         connection_.reset();
     }
-    if (isMissing && purpose != Purpose::write) {
-        return SettingsStatus::notFound;
-    }
-    if (isMissing) {
+    if (error == ENOENT || error == ENOTDIR) {
+        if (purpose != Purpose::write) {
+            return SettingsStatus::notFound;
+        }
         const SettingsStatus made = makeFile();
         if (made != SettingsStatus::success) {
             return made;
         }
-        exists = ::stat(path_.c_str(), &file) == 0;
+        error = identify(path_, file);
     }
-    if (!exists || !S_ISREG(file.st_mode)) {
+    if (error != 0 || !file.isPlain) {
         return SettingsStatus::accessDenied;
     }
+    const SettingsStatus status = connect(file, purpose);
+    return status == SettingsStatus::notFound && purpose == Purpose::write ? connection_->makeTables()
+                                                                           : status;
+}
+
+SettingsStatus SettingsDatabase::connect(const FileIdentity& file, Purpose purpose) {
     // What could not be written when it was opened may be writable now.
-    if (connection_ != nullptr && connection_->mode() == Connection::Mode::unchanging &&
-        purpose == Purpose::write) {
+    if (connection_ != nullptr && purpose == Purpose::write &&
+        connection_->mode() == Connection::Mode::unchanging) {
         connection_.reset();
     }
     if (connection_ == nullptr) {
@@ -216,13 +221,11 @@ SettingsStatus SettingsDatabase::reach(Purpose purpose) {
     if (status == SettingsStatus::accessDenied) {
         connection_ = std::make_unique<Connection>(path_, Connection::Mode::unchanging, file);
         status = connection_->verify();
-        if (status == SettingsStatus::accessDenied) {
-            connection_.reset();
-            return status;
-        }
     }
-    return status == SettingsStatus::notFound && purpose == Purpose::write ? connection_->makeTables()
-                                                                           : status;
+    if (status == SettingsStatus::accessDenied) {
+        connection_.reset();
+    }
+    return status;
 }
 
 SettingsStatus SettingsDatabase::makeFile() const {

@@ -16,6 +16,8 @@
 
 namespace platform::posix {
 
+struct FileIdentity;
+
 /// Another process kept the file locked for longer than a service should wait.
 inline constexpr SettingsStatus settingsBusy{170};
 
@@ -64,6 +66,8 @@ class SettingsDatabase {
 
     /// Opens the file where it is not open; makes it, for a write, where it is missing.
     SettingsStatus reach(Purpose purpose);
+    /// notFound for a file without any table yet.
+    SettingsStatus connect(const FileIdentity& file, Purpose purpose);
     [[nodiscard]] SettingsStatus makeFile() const;
 
     std::string path_;

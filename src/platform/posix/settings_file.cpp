@@ -19,7 +19,7 @@ std::string environment(const char* name) {
 }
 
 std::string homeFolder() {
-    const std::string home = environment("HOME");
+    std::string home = environment("HOME");
     if (!home.empty()) {
         return home;
     }

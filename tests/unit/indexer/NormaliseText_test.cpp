@@ -34,9 +34,15 @@ TEST(NormaliseText, SplitsAtPunctuationUnderscoreAndAccentedLetters) {
 }
 
 TEST(NormaliseText, TakesACharacterOfSeveralBytesAsOneSeparator) {
-    EXPECT_EQ(NormaliseText("ab\xF0\x9F\x98\x80" "cd"), "ab cd ");
-    EXPECT_EQ(NormaliseText("ab\xC3\xA9\xC3\xA9" "cd"), "ab  cd ");
-    EXPECT_EQ(NormaliseText("ab\xE2\x80\x99" "c"), "ab ");
+    EXPECT_EQ(NormaliseText("ab\xF0\x9F\x98\x80"
+                            "cd"),
+              "ab cd ");
+    EXPECT_EQ(NormaliseText("ab\xC3\xA9\xC3\xA9"
+                            "cd"),
+              "ab  cd ");
+    EXPECT_EQ(NormaliseText("ab\xE2\x80\x99"
+                            "c"),
+              "ab ");
 }
 
 TEST(NormaliseText, KeepsBlanksInsideAndRunsOfBlanksBesideSeparators) {

@@ -163,6 +163,21 @@ TEST_F(TysRegistry, ListsNamesAndTypesByIndex) {
     EXPECT_EQ(name, "");
 }
 
+// A caller that deletes what it has handled reads a whole key at index 0; what it leaves, it meets again.
+TEST_F(TysRegistry, GivesTheSameValueAtAnIndexUntilItIsDeleted) {
+    registry.SaveSettingLong(root, key, "first", 1);
+    registry.SaveSettingString(root, key, "second", "text");
+    std::string name;
+    ValueType type{};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(registry.EnumValues(root, key, 0, name, type));
+        EXPECT_EQ(name, "first");
+    }
+    registry.DeleteValue(root, key, "first");
+    EXPECT_TRUE(registry.EnumValues(root, key, 0, name, type));
+    EXPECT_EQ(name, "second");
+}
+
 TEST_F(TysRegistry, LeavesTheNameAsItWasWhereTheKeyIsMissing) {
     std::string name = "before";
     ValueType type = ValueType::binary;

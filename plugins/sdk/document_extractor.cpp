@@ -1,0 +1,177 @@
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/checked.h"
+#include "base/runtime_error.h"
+#include "sdk/extractor.h"
+
+namespace sdk {
+namespace {
+
+/// The item at a 1-based index; an index without an item is an error that names both.
+template <class Item>
+const Item& itemAt(const std::vector<Item>& items, std::int16_t index) {
+    if (index < 1 || static_cast<std::size_t>(index) > items.size()) {
+        throw ExtractionError(
+            static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
+            "index " + std::to_string(index) + " is outside 1.." + std::to_string(items.size()));
+    }
+    return items[static_cast<std::size_t>(index) - 1];
+}
+
+template <class Item>
+std::int32_t countOf(const std::vector<Item>& items) {
+    return base::narrow32(static_cast<std::int64_t>(items.size()));
+}
+
+/// Joins neighbours until there are at most `most` sentences, so that a very long document loses no text.
+void limitSentences(std::vector<std::string>& sentences, std::size_t most) {
+    if (sentences.size() <= most) {
+        return;
+    }
+    const std::size_t neighbours = (sentences.size() + most - 1) / most;
+    std::vector<std::string> joined;
+    joined.reserve(most);
+    for (std::size_t first = 0; first < sentences.size(); first += neighbours) {
+        std::string sentence = std::move(sentences[first]);
+        const std::size_t end = std::min(first + neighbours, sentences.size());
+        for (std::size_t next = first + 1; next < end; ++next) {
+            sentence.append(" ").append(sentences[next]);
+        }
+        joined.push_back(std::move(sentence));
+    }
+    sentences = std::move(joined);
+}
+
+}  // namespace
+
+bool DocumentExtractor::SetDocumentID(const std::string& path) {
+    document_ = Document();
+    sentencesRead_ = 0;
+    clearError();
+    try {
+        document_ = extract(path);
+    } catch (const ExtractionError& error) {
+        // Number 0 would tell the service that nothing went wrong.
+        constexpr auto unnumbered = static_cast<std::int32_t>(base::ErrorNumber::automationError);
+        errorNumber_ = error.number() == 0 ? unnumbered : error.number();
+        errorText_ = error.what();
+        return false;
+    }
+    limitSentences(document_.sentences, maxSentences);
+    return true;
+}
+
+std::int32_t DocumentExtractor::GetLastErrorNumber() {
+    return errorNumber_;
+}
+
+std::string DocumentExtractor::GetLastErrorString() {
+    return errorText_;
+}
+
+base::Variant DocumentExtractor::GetDocumentProperty(const std::string& name) {
+    clearError();
+    const auto found = document_.properties.find(name);
+    return found == document_.properties.end() ? base::Variant() : found->second;
+}
+
+std::int16_t DocumentExtractor::GetNumberOfSentences() {
+    clearError();
+    return base::narrow16(countOf(document_.sentences));
+}
+
+bool DocumentExtractor::MoreSentences() {
+    clearError();
+    return sentencesRead_ < document_.sentences.size();
+}
+
+std::string DocumentExtractor::GetNextSentence() {
+    clearError();
+    if (sentencesRead_ >= document_.sentences.size()) {
+        throw ExtractionError(
+            static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
+            "there is no sentence after number " + std::to_string(document_.sentences.size()));
+    }
+    return document_.sentences[sentencesRead_++];
+}
+
+std::string DocumentExtractor::GetSentenceText(std::int16_t index) {
+    clearError();
+    return itemAt(document_.sentences, index);
+}
+
+std::int32_t DocumentExtractor::GetNumberofImportantText() {
+    clearError();
+    return countOf(document_.importantText);
+}
+
+std::string DocumentExtractor::GetImportantTextText(std::int16_t index) {
+    clearError();
+    return itemAt(document_.importantText, index).text;
+}
+
+std::string DocumentExtractor::GetImportantTextType(std::int16_t index) {
+    clearError();
+    return itemAt(document_.importantText, index).type;
+}
+
+std::int32_t DocumentExtractor::GetNumberofAnnotations() {
+    clearError();
+    return countOf(document_.annotations);
+}
+
+std::string DocumentExtractor::GetAnnotationType(std::int16_t index) {
+    clearError();
+    return itemAt(document_.annotations, index).type;
+}
+
+std::string DocumentExtractor::GetAnnotationAnchor(std::int16_t index) {
+    clearError();
+    return itemAt(document_.annotations, index).anchor;
+}
+
+std::string DocumentExtractor::GetAnnotationText(std::int16_t index) {
+    clearError();
+    return itemAt(document_.annotations, index).text;
+}
+
+std::int32_t DocumentExtractor::GetNumberofMetaTags() {
+    clearError();
+    return countOf(document_.metaTags);
+}
+
+std::string DocumentExtractor::GetMetaTagText(std::int16_t index) {
+    clearError();
+    return itemAt(document_.metaTags, index).text;
+}
+
+std::string DocumentExtractor::GetMetaTagType(std::int16_t index) {
+    clearError();
+    return itemAt(document_.metaTags, index).type;
+}
+
+std::int16_t DocumentExtractor::GetNumberofSubDocuments() {
+    clearError();
+    return base::narrow16(countOf(document_.subDocuments));
+}
+
+std::string DocumentExtractor::GetSubDocumentTempPath(std::int16_t index) {
+    clearError();
+    return itemAt(document_.subDocuments, index).tempPath;
+}
+
+std::string DocumentExtractor::GetSubDocumentPath(std::int16_t index) {
+    clearError();
+    return itemAt(document_.subDocuments, index).path;
+}
+
+void DocumentExtractor::clearError() {
+    errorNumber_ = 0;
+    errorText_.clear();
+}
+
+}  // namespace sdk

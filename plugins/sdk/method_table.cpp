@@ -1,0 +1,82 @@
+#include "sdk/method_table.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+namespace sdk {
+namespace {
+
+/// The numbers that automation gives to these two errors.
+constexpr int noSuchMethod = 438;
+constexpr int wrongNumberOfArguments = 450;
+
+struct Method {
+    std::size_t arguments;
+    base::Variant (*call)(Extractor&, std::span<base::Variant>);
+};
+
+template <auto method>
+Method withoutArguments() {
+    return {0, [](Extractor& extractor, std::span<base::Variant>) -> base::Variant {
+                return (extractor.*method)();
+            }};
+}
+
+template <auto method>
+Method withIndex() {
+    return {1, [](Extractor& extractor, std::span<base::Variant> arguments) -> base::Variant {
+                return (extractor.*method)(arguments[0].toInt16());
+            }};
+}
+
+template <auto method>
+Method withText() {
+    return {1, [](Extractor& extractor, std::span<base::Variant> arguments) -> base::Variant {
+                return (extractor.*method)(arguments[0].toText());
+            }};
+}
+
+const std::map<std::string_view, Method>& methods() {
+    static const std::map<std::string_view, Method> table = {
+        {"SetDocumentID", withText<&Extractor::SetDocumentID>()},
+        {"GetLastErrorNumber", withoutArguments<&Extractor::GetLastErrorNumber>()},
+        {"GetLastErrorString", withoutArguments<&Extractor::GetLastErrorString>()},
+        {"GetDocumentProperty", withText<&Extractor::GetDocumentProperty>()},
+        {"GetNumberOfSentences", withoutArguments<&Extractor::GetNumberOfSentences>()},
+        {"MoreSentences", withoutArguments<&Extractor::MoreSentences>()},
+        {"GetNextSentence", withoutArguments<&Extractor::GetNextSentence>()},
+        {"GetSentenceText", withIndex<&Extractor::GetSentenceText>()},
+        {"GetNumberofImportantText", withoutArguments<&Extractor::GetNumberofImportantText>()},
+        {"GetImportantTextText", withIndex<&Extractor::GetImportantTextText>()},
+        {"GetImportantTextType", withIndex<&Extractor::GetImportantTextType>()},
+        {"GetNumberofAnnotations", withoutArguments<&Extractor::GetNumberofAnnotations>()},
+        {"GetAnnotationType", withIndex<&Extractor::GetAnnotationType>()},
+        {"GetAnnotationAnchor", withIndex<&Extractor::GetAnnotationAnchor>()},
+        {"GetAnnotationText", withIndex<&Extractor::GetAnnotationText>()},
+        {"GetNumberofMetaTags", withoutArguments<&Extractor::GetNumberofMetaTags>()},
+        {"GetMetaTagText", withIndex<&Extractor::GetMetaTagText>()},
+        {"GetMetaTagType", withIndex<&Extractor::GetMetaTagType>()},
+        {"GetNumberofSubDocuments", withoutArguments<&Extractor::GetNumberofSubDocuments>()},
+        {"GetSubDocumentTempPath", withIndex<&Extractor::GetSubDocumentTempPath>()},
+        {"GetSubDocumentPath", withIndex<&Extractor::GetSubDocumentPath>()},
+    };
+    return table;
+}
+
+}  // namespace
+
+base::Variant callByName(Extractor& extractor, std::string_view method, std::span<base::Variant> arguments) {
+    const auto found = methods().find(method);
+    if (found == methods().end()) {
+        throw ExtractionError(noSuchMethod, "there is no method \"" + std::string(method) + "\"");
+    }
+    if (arguments.size() != found->second.arguments) {
+        throw ExtractionError(wrongNumberOfArguments,
+                              std::string(method) + " takes " + std::to_string(found->second.arguments) +
+                                  " arguments, not " + std::to_string(arguments.size()));
+    }
+    return found->second.call(extractor, arguments);
+}
+
+}  // namespace sdk

@@ -1,0 +1,93 @@
+#include "platform/posix/plugins/plugin_factory.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+#include "base/runtime_error.h"
+#include "base/text.h"
+#include "platform/posix/plugins/plugin_object.h"
+#include "platform/posix/plugins/plugin_process.h"
+
+namespace platform::posix {
+namespace {
+
+[[noreturn]] void cannotCreate(const std::string& progId, const std::string& why) {
+    const std::string readable = base::replaceAll(progId, std::string_view("\0", 1), "\\0");
+    throw base::RuntimeError(base::ErrorNumber::cannotCreateObject,
+                             "Cannot create the plug-in \"" + readable + "\": " + why);
+}
+
+/// A ProgID becomes a file name, so it must not lead out of the folder.
+bool isFileName(const std::string& progId) {
+    return !progId.empty() && progId != "." && progId != ".." && progId.find('/') == std::string::npos &&
+           progId.find('\0') == std::string::npos;
+}
+
+}  // namespace
+
+std::vector<std::string> pluginFolders(std::string_view programDirectory) {
+    std::vector<std::string> folders;
+    if (const char* listed = std::getenv("TYINDEXER_PLUGINS")) {  // NOLINT(concurrency-mt-unsafe)
+        for (const std::string_view folder : base::split(listed, ':')) {
+            if (!folder.empty()) {
+                folders.emplace_back(folder);
+            }
+        }
+    }
+    folders.push_back(std::string(programDirectory) + "/../lib/tyindexer/plugins");
+    return folders;
+}
+
+PluginFactory::PluginFactory(std::vector<std::string> folders, CallLimit callLimit, std::size_t mostBytes)
+    : folders_(std::move(folders)), callLimit_(std::move(callLimit)), mostBytes_(mostBytes) {}
+
+PluginFactory::~PluginFactory() = default;
+
+std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId) {
+    const std::string name(progId);
+    if (!isFileName(name)) {
+        cannotCreate(name, "that is no name of a plug-in");
+    }
+    const auto limit = callLimit();
+    std::shared_ptr<PluginProcess>& process = processes_[name];
+    if (process != nullptr && process->isGood()) {
+        try {
+            return std::make_unique<PluginObject>(process, limit);
+        } catch (const base::RuntimeError&) {
+            // A process that broke between two documents is nobody's error: the document gets a fresh one.
+            if (!process->isGone()) {
+                throw;
+            }
+        }
+    }
+    process.reset();
+    process = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
+    return std::make_unique<PluginObject>(process, limit);
+}
+
+std::string PluginFactory::findFile(const std::string& progId) const {
+    std::string searched;
+    for (const std::string& folder : folders_) {
+        const std::string file = folder + "/" + progId;
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(file, ignored)) {
+            if (access(file.c_str(), X_OK) != 0) {
+                cannotCreate(progId, file + " is not executable");
+            }
+            return file;
+        }
+        searched.append(searched.empty() ? "" : ", ").append(folder);
+    }
+    cannotCreate(progId, "there is no such file in " +
+                             (searched.empty() ? std::string("any folder: none is set") : searched));
+}
+
+std::chrono::milliseconds PluginFactory::callLimit() const {
+    const auto limit = callLimit_ ? callLimit_() : defaultCallLimit;
+    return limit.count() > 0 ? limit : defaultCallLimit;
+}
+
+}  // namespace platform::posix

@@ -1,0 +1,51 @@
+// A PluginFactory gives automation objects that live in plug-in processes: an executable file named by the
+// ProgID in one of the plug-in folders. The composition root owns it. A process is started on first use and
+// kept for the documents after; after a fault the next object gets a fresh one.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/automation.h"
+
+namespace platform::posix {
+
+class PluginProcess;
+
+/// The folders of $TYINDEXER_PLUGINS (separated by colons), then the one that the product is installed with,
+/// ../lib/tyindexer/plugins as seen from the program's folder.
+std::vector<std::string> pluginFolders(std::string_view programDirectory);
+
+class PluginFactory : public AutomationFactory {
+  public:
+    /// How long a call may take; asked for each object, so that a changed setting holds from the next
+    /// document on. An answer that is not positive means the default.
+    using CallLimit = std::function<std::chrono::milliseconds()>;
+
+    static constexpr std::chrono::milliseconds defaultCallLimit{50'000};
+    static constexpr std::size_t largestAnswer = 256UL * 1024 * 1024;
+
+    /// A single answer of more than `mostBytes` bytes is a fault of the plug-in.
+    PluginFactory(std::vector<std::string> folders, CallLimit callLimit,
+                  std::size_t mostBytes = largestAnswer);
+    ~PluginFactory() override;
+
+    std::unique_ptr<AutomationObject> create(std::string_view progId) override;
+
+  private:
+    [[nodiscard]] std::string findFile(const std::string& progId) const;
+    [[nodiscard]] std::chrono::milliseconds callLimit() const;
+
+    std::vector<std::string> folders_;
+    CallLimit callLimit_;
+    std::size_t mostBytes_;
+    std::map<std::string, std::shared_ptr<PluginProcess>> processes_;  // by ProgID
+};
+
+}  // namespace platform::posix

@@ -1,0 +1,119 @@
+#include "platform/posix/plugins/plugin_object.h"
+
+#include <cstddef>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+
+#include "platform/plugin_protocol.h"
+
+namespace platform::posix {
+namespace {
+
+using nlohmann::json;
+namespace protocol = plugin_protocol;
+
+std::int64_t createIn(PluginProcess& process, PluginProcess::Milliseconds limit) {
+    const auto request = process.post(protocol::createMethod, json::object());
+    const json handle = process.awaitResult(request, protocol::createMethod, limit);
+    if (!handle.is_number_integer()) {
+        process.fault(protocol::createMethod, "the plug-in answered without the number of an object");
+    }
+    return handle.get<std::int64_t>();
+}
+
+/// The items that the engine asks for in order. An annotation's text is not among them: it is asked for some
+/// types only. Nor are sub-documents, because a plug-in may have to write a file for each.
+std::vector<RangeReader> rangeReaders(PluginTarget target) {
+    std::vector<RangeReader> readers;
+    readers.emplace_back(target, "GetNumberOfSentences", std::vector<std::string_view>{"GetSentenceText"});
+    readers.emplace_back(target, "GetNumberofImportantText",
+                         std::vector<std::string_view>{"GetImportantTextText", "GetImportantTextType"});
+    readers.emplace_back(target, "GetNumberofAnnotations",
+                         std::vector<std::string_view>{"GetAnnotationType", "GetAnnotationAnchor"});
+    readers.emplace_back(target, "GetNumberofMetaTags",
+                         std::vector<std::string_view>{"GetMetaTagText", "GetMetaTagType"});
+    return readers;
+}
+
+}  // namespace
+
+PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess::Milliseconds limit)
+    : process_(std::move(process)),
+      limit_(limit),
+      object_(createIn(*process_, limit)),
+      ranges_(rangeReaders({*process_, object_, limit})),
+      while_({*process_, object_, limit}) {}
+
+PluginObject::~PluginObject() {
+    try {
+        forgetReadAhead();
+        process_->abandon(process_->post(protocol::releaseMethod, {{"object", object_}}));
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell
+    }
+}
+
+base::Variant PluginObject::call(std::string_view method, std::span<base::Variant> arguments) {
+    process_->raiseIfGone(method);
+    if (auto served = serve(method, arguments)) {
+        return std::move(*served);
+    }
+    if (method == "SetDocumentID") {
+        forgetReadAhead();  // what was read belongs to another document
+    }
+    base::Variant result = callPlainly(method, arguments);
+    learn(method, result);
+    return result;
+}
+
+std::optional<base::Variant> PluginObject::serve(std::string_view method,
+                                                 std::span<const base::Variant> arguments) {
+    for (RangeReader& range : ranges_) {
+        if (auto item = range.serve(method, arguments)) {
+            return item;
+        }
+    }
+    return while_.serve(method, arguments);
+}
+
+base::Variant PluginObject::callPlainly(std::string_view method, std::span<base::Variant> arguments) {
+    json values = json::array();
+    for (const base::Variant& argument : arguments) {
+        values.push_back(protocol::valueToJson<json>(argument));
+    }
+    const auto request = process_->post(
+        protocol::callMethod, {{"object", object_}, {"method", method}, {"arguments", std::move(values)}});
+    json answer = process_->awaitResult(request, method, limit_);
+    if (!answer.is_object()) {
+        process_->fault(method, "the plug-in answered without a result");
+    }
+    auto result = protocol::valueFromJson(answer["result"]);
+    json& changed = answer["arguments"];
+    if (!result || (!changed.is_null() && (!changed.is_array() || changed.size() != arguments.size()))) {
+        process_->fault(method, "the plug-in answered with something that is not a value");
+    }
+    for (std::size_t i = 0; i < changed.size(); ++i) {
+        auto value = protocol::valueFromJson(changed[i]);
+        if (!value) {
+            process_->fault(method, "the plug-in answered with an argument that is not a value");
+        }
+        arguments[i] = std::move(*value);
+    }
+    return std::move(*result);
+}
+
+void PluginObject::learn(std::string_view method, const base::Variant& result) {
+    for (RangeReader& range : ranges_) {
+        range.learn(method, result);
+    }
+    while_.learn(method, result);
+}
+
+void PluginObject::forgetReadAhead() {
+    for (RangeReader& range : ranges_) {
+        range.reset();
+    }
+    while_.reset();
+}
+
+}  // namespace platform::posix

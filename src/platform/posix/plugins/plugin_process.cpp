@@ -1,0 +1,229 @@
+#include "platform/posix/plugins/plugin_process.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <utility>
+
+#include "base/runtime_error.h"
+#include "base/text.h"
+#include "base/variant.h"
+
+namespace platform::posix {
+namespace {
+
+using nlohmann::json;
+using std::chrono::milliseconds;
+
+/// How long the service waits for a process that has closed its output to end, so as to tell how.
+constexpr milliseconds patienceAtEnd{500};
+
+/// "50", "0.2".
+std::string secondsText(milliseconds limit) {
+    return base::numberText(static_cast<double>(limit.count()) / 1000);
+}
+
+/// The beginning of what a process said, fit for one line of a log.
+std::string excerpt(std::string_view said) {
+    constexpr std::size_t most = 60;
+    std::string text(base::left(said, most));
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    return "\"" + text + (text.size() < said.size() ? "...\"" : "\"");
+}
+
+bool isAnswer(const json& message) {
+    return message.is_object() && message.contains("id") && message["id"].is_number_integer() &&
+           (message.contains("result") || (message.contains("error") && message["error"].is_object()));
+}
+
+}  // namespace
+
+/// What is expected and what has come.
+struct PluginProcess::Answers {
+    std::set<RequestId> expected;
+    std::set<RequestId> abandoned;
+    std::map<RequestId, json> arrived;
+};
+
+PluginProcess::PluginProcess(std::string progId, const std::string& file, std::size_t largestAnswer)
+    : progId_(std::move(progId)),
+      largestAnswer_(largestAnswer),
+      child_(file),
+      answers_(std::make_unique<Answers>()) {}
+
+PluginProcess::~PluginProcess() = default;
+
+PluginProcess::RequestId PluginProcess::post(std::string_view method, const json& params) {
+    const json request = {{"jsonrpc", "2.0"}, {"id", ++lastRequest_}, {"method", method}, {"params", params}};
+    // Bytes that are no UTF-8 (a path may hold any) become U+FFFD, because JSON cannot carry them.
+    outgoing_ += request.dump(-1, ' ', false, json::error_handler_t::replace);
+    outgoing_ += '\n';
+    answers_->expected.insert(lastRequest_);
+    sendPending();
+    return lastRequest_;
+}
+
+json PluginProcess::await(RequestId request, std::string_view called, milliseconds limit) {
+    raiseIfGone(called);
+    const Deadline deadline = std::chrono::steady_clock::now() + limit;
+    auto found = answers_->arrived.find(request);
+    while (found == answers_->arrived.end()) {
+        exchange(called, deadline, limit);
+        found = answers_->arrived.find(request);
+    }
+    json answer = std::move(found->second);
+    answers_->arrived.erase(found);
+    return answer;
+}
+
+json PluginProcess::awaitResult(RequestId request, std::string_view called, milliseconds limit) {
+    json answer = await(request, called, limit);
+    if (answer["error"].is_object()) {
+        raiseError(called, answer["error"]);
+    }
+    return std::move(answer["result"]);
+}
+
+void PluginProcess::abandon(RequestId request) {
+    answers_->arrived.erase(request);
+    if (answers_->expected.erase(request) != 0) {
+        answers_->abandoned.insert(request);
+    }
+}
+
+void PluginProcess::raiseError(std::string_view called, const json& error) const {
+    const auto code = error.find("code");
+    const auto message = error.find("message");
+    const int number = code != error.end() && code->is_number_integer()
+                           ? code->get<int>()
+                           : static_cast<int>(base::ErrorNumber::automationError);
+    const std::string text = message != error.end() && message->is_string() ? message->get<std::string>()
+                                                                            : std::string("unknown error");
+    throw base::RuntimeError(number, progId_ + ": " + std::string(called) + ": " + text);
+}
+
+void PluginProcess::fault(std::string_view called, const std::string& cause) {
+    child_.kill();
+    outgoing_.clear();
+    incoming_.clear();
+    cause_ = std::string(called) + ": " + cause;
+    throw base::RuntimeError(base::ErrorNumber::automationError, progId_ + ": " + *cause_);
+}
+
+void PluginProcess::raiseIfGone(std::string_view called) const {
+    if (cause_) {
+        throw base::RuntimeError(
+            base::ErrorNumber::automationError,
+            progId_ + ": " + std::string(called) + ": the plug-in process is gone since " + *cause_);
+    }
+}
+
+bool PluginProcess::isGood() noexcept {
+    if (isGone()) {
+        return false;
+    }
+    try {
+        receive("idle");
+        return true;
+    } catch (const std::exception&) {
+        return false;  // the fault has killed it; nobody was waiting for an answer
+    }
+}
+
+void PluginProcess::sendPending() {
+    while (!isGone() && sent_ < outgoing_.size()) {
+        const ssize_t count = send(child_.input(), outgoing_.data() + sent_, outgoing_.size() - sent_,
+                                   MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count >= 0) {
+            sent_ += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            return;
+        } else if (errno != EINTR) {
+            break;  // it reads no more; what it has still to say tells why
+        }
+    }
+    outgoing_.clear();
+    sent_ = 0;
+}
+
+void PluginProcess::exchange(std::string_view called, Deadline deadline, milliseconds limit) {
+    const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+    if (left <= 0) {  // also when it says a lot, but not the answer
+        fault(called, "the plug-in did not answer within " + secondsText(limit) + " seconds");
+    }
+    std::array<pollfd, 2> files{{{child_.output(), POLLIN, 0}, {child_.input(), POLLOUT, 0}}};
+    const nfds_t count = outgoing_.empty() ? 1 : 2;
+    const int ready = poll(files.data(), count, static_cast<int>(std::min<long long>(left, 1 << 30)));
+    if (ready < 0 && errno != EINTR) {
+        fault(called, "the service cannot wait for the plug-in process");
+    }
+    if (ready > 0 && files[1].revents != 0) {
+        sendPending();
+    }
+    if (ready > 0 && files[0].revents != 0) {
+        receive(called);
+    }
+}
+
+void PluginProcess::receive(std::string_view called) {
+    std::array<char, 65536> block{};
+    const ssize_t count = read(child_.output(), block.data(), block.size());
+    if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+        return;
+    }
+    if (count <= 0) {
+        faultAtEnd(called);
+    }
+    incoming_.append(block.data(), static_cast<std::size_t>(count));
+    takeLines(called);
+    if (incoming_.size() > largestAnswer_) {
+        fault(called, "the plug-in answered more than " + std::to_string(largestAnswer_) + " bytes");
+    }
+}
+
+void PluginProcess::takeLines(std::string_view called) {
+    std::size_t start = 0;
+    std::size_t end = incoming_.find('\n', searched_);
+    while (end != std::string::npos) {
+        takeAnswer(called, std::string_view(incoming_).substr(start, end - start));
+        start = end + 1;
+        end = incoming_.find('\n', start);
+    }
+    incoming_.erase(0, start);
+    searched_ = incoming_.size();
+}
+
+void PluginProcess::takeAnswer(std::string_view called, std::string_view line) {
+    json message = json::parse(line, nullptr, false);
+    if (!isAnswer(message)) {
+        fault(called, "the plug-in answered something that is not JSON-RPC: " + excerpt(line));
+    }
+    const auto id = message["id"].get<RequestId>();
+    if (answers_->abandoned.erase(id) != 0) {
+        return;
+    }
+    if (answers_->expected.erase(id) == 0) {
+        fault(called, "the plug-in answered a request that was not made: " + excerpt(line));
+    }
+    answers_->arrived.emplace(id, std::move(message));
+}
+
+void PluginProcess::faultAtEnd(std::string_view called) {
+    const auto end = child_.waitForEnd(patienceAtEnd);
+    if (!end) {
+        fault(called, "the plug-in process closed its output");
+    }
+    const std::string unfinished =
+        incoming_.empty() ? std::string() : " in the middle of the answer " + excerpt(incoming_);
+    fault(called, "the plug-in process ended (" + *end + ")" + unfinished);
+}
+
+}  // namespace platform::posix

@@ -1,0 +1,87 @@
+// A PluginProcess is the service's end of the line to one plug-in process: it sends requests, matches answers
+// to them, and turns everything that goes wrong with the process into a base::RuntimeError that names the
+// ProgID, the method and the cause. The factory and the objects in the process share it. One thread uses it.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/posix/plugins/child_process.h"
+
+namespace platform::posix {
+
+class PluginProcess {
+  public:
+    using RequestId = std::int64_t;
+    using Milliseconds = std::chrono::milliseconds;
+
+    /// What the process turned out not to know; it is not asked again.
+    struct Abilities {
+        bool ranges = true;
+        bool whiles = true;
+    };
+
+    /// Starts the program. An answer of more than `largestAnswer` bytes is a fault.
+    PluginProcess(std::string progId, const std::string& file, std::size_t largestAnswer);
+    PluginProcess(const PluginProcess&) = delete;
+    PluginProcess& operator=(const PluginProcess&) = delete;
+    ~PluginProcess();
+
+    /// Sends a request and does not wait, not even for the process to read it.
+    RequestId post(std::string_view method, const nlohmann::json& params);
+
+    /// The whole answer to a request, with "result" or "error" in it. `called` is the method that the caller
+    /// of the object waits for. Raises a fault when no proper answer comes within the limit.
+    nlohmann::json await(RequestId request, std::string_view called, Milliseconds limit);
+
+    /// As await; an error in the answer is raised, and the result returned.
+    nlohmann::json awaitResult(RequestId request, std::string_view called, Milliseconds limit);
+
+    /// The answer to this request is of no interest any more.
+    void abandon(RequestId request);
+
+    /// Raises the error that an answer carries.
+    [[noreturn]] void raiseError(std::string_view called, const nlohmann::json& error) const;
+
+    /// Kills the process and raises the cause.
+    [[noreturn]] void fault(std::string_view called, const std::string& cause);
+
+    /// Raises an error when the process has had a fault.
+    void raiseIfGone(std::string_view called) const;
+
+    /// True while the process can serve: it has had no fault, has not ended, and is not talking unasked.
+    bool isGood() noexcept;
+    [[nodiscard]] bool isGone() const { return cause_.has_value(); }
+
+    Abilities abilities;
+
+  private:
+    using Deadline = std::chrono::steady_clock::time_point;
+    struct Answers;
+
+    void sendPending();
+    void exchange(std::string_view called, Deadline deadline, Milliseconds limit);
+    void receive(std::string_view called);
+    void takeLines(std::string_view called);
+    void takeAnswer(std::string_view called, std::string_view line);
+    [[noreturn]] void faultAtEnd(std::string_view called);
+
+    std::string progId_;
+    std::size_t largestAnswer_;
+    ChildProcess child_;
+    std::unique_ptr<Answers> answers_;
+    std::string outgoing_;
+    std::size_t sent_ = 0;  // bytes of outgoing_ that are on their way
+    std::string incoming_;
+    std::size_t searched_ = 0;  // bytes of incoming_ without a line end
+    RequestId lastRequest_ = 0;
+    std::optional<std::string> cause_;  // of the fault
+};
+
+}  // namespace platform::posix

@@ -1,0 +1,267 @@
+#include "platform/posix/plugins/read_ahead.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "platform/plugin_protocol.h"
+
+namespace platform::posix {
+namespace {
+
+using nlohmann::json;
+namespace protocol = plugin_protocol;
+
+/// Items in one request: enough to make the exchange cheap, few enough to start the work early.
+constexpr std::int64_t itemsPerRequest = 256;
+
+constexpr std::string_view sentenceCount = "GetNumberOfSentences";
+constexpr std::string_view moreSentences = "MoreSentences";
+constexpr std::string_view nextSentence = "GetNextSentence";
+
+bool isUnknownMethod(const json& error) {
+    return error.is_object() && error.value("code", json()) == json(protocol::methodNotFound);
+}
+
+/// The index that a call asks for; 0 when its arguments are not one whole number.
+std::int64_t indexOf(std::span<const base::Variant> arguments) {
+    if (arguments.size() != 1) {
+        return 0;
+    }
+    const auto& value = arguments[0].value();
+    const bool whole =
+        std::holds_alternative<std::int16_t>(value) || std::holds_alternative<std::int32_t>(value);
+    return whole ? arguments[0].toInt32() : 0;
+}
+
+std::int64_t countOf(const base::Variant& result) {
+    return result.isNumeric() ? static_cast<std::int64_t>(std::clamp(result.toDouble(), -1.0, 1e9)) : 0;
+}
+
+/// Moves the results of a range or while answer to the items. Raises a fault when they are none.
+void takeValues(PluginProcess& process, std::string_view called, json& result,
+                std::deque<base::Variant>& items, std::int64_t most) {
+    if (!result.is_object() || !result["results"].is_array()) {
+        process.fault(called, "the plug-in answered without a list of results");
+    }
+    json& values = result["results"];
+    if (static_cast<std::int64_t>(values.size()) > most) {
+        process.fault(called, "the plug-in answered more items than it was asked for");
+    }
+    for (json& item : values) {
+        auto value = protocol::valueFromJson(item);
+        if (!value) {
+            process.fault(called, "the plug-in answered an item that is not a value");
+        }
+        items.push_back(std::move(*value));
+    }
+}
+
+}  // namespace
+
+PostponedError::PostponedError(std::string method, const json& error)
+    : method_(std::move(method)), error_(error.dump(-1, ' ', false, json::error_handler_t::replace)) {}
+
+void PostponedError::raise(const PluginProcess& process, std::string_view called) const {
+    process.raiseError(called, json::parse(error_));
+}
+
+RangeReader::RangeReader(PluginTarget target, std::string_view countMethod,
+                         std::vector<std::string_view> methods)
+    : target_(target), countMethod_(countMethod), methods_(std::move(methods)) {}
+
+void RangeReader::learn(std::string_view method, const base::Variant& result) {
+    if (method == countMethod_) {
+        reset();
+        count_ = countOf(result);
+    }
+}
+
+std::optional<base::Variant> RangeReader::serve(std::string_view method,
+                                                std::span<const base::Variant> arguments) {
+    if (!isNext(method, arguments)) {
+        return std::nullopt;
+    }
+    if (items_.empty() && pending_ && !receive(method)) {
+        nextIndex_ = 0;
+        return std::nullopt;
+    }
+    if (items_.empty()) {
+        nextIndex_ = 0;
+        if (!error_.isSet()) {
+            return std::nullopt;  // past the count
+        }
+        error_.raise(target_.process, method);
+    }
+    base::Variant item = std::move(items_.front());
+    items_.pop_front();
+    nextMethod_ = (nextMethod_ + 1) % methods_.size();
+    nextIndex_ += nextMethod_ == 0 ? 1 : 0;
+    return item;
+}
+
+void RangeReader::reset() {
+    if (pending_) {
+        target_.process.abandon(*std::exchange(pending_, std::nullopt));
+    }
+    count_ = 0;
+    nextIndex_ = 0;
+    items_.clear();
+    error_ = PostponedError();
+}
+
+bool RangeReader::isNext(std::string_view method, std::span<const base::Variant> arguments) {
+    const std::int64_t index = indexOf(arguments);
+    if (index == 0 || std::find(methods_.begin(), methods_.end(), method) == methods_.end()) {
+        return false;
+    }
+    if (nextIndex_ != 0 && index == nextIndex_ && method == methods_[nextMethod_]) {
+        return true;
+    }
+    if (index != 1 || method != methods_.front() || count_ < 1 || !target_.process.abilities.ranges) {
+        return false;
+    }
+    const std::int64_t count = count_;
+    reset();
+    count_ = count;
+    nextIndex_ = 1;
+    nextMethod_ = 0;
+    fetched_ = 0;
+    ask();
+    return true;
+}
+
+void RangeReader::ask() {
+    asked_ = std::min(fetched_ + itemsPerRequest, count_);
+    pending_ = target_.process.post(
+        protocol::rangeMethod,
+        {{"object", target_.object}, {"methods", methods_}, {"first", fetched_ + 1}, {"last", asked_}});
+}
+
+bool RangeReader::receive(std::string_view called) {
+    json answer = target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
+    if (isUnknownMethod(answer["error"])) {
+        target_.process.abilities.ranges = false;
+        return false;
+    }
+    if (answer["error"].is_object()) {
+        error_ = PostponedError(std::string(called), answer["error"]);
+        return true;
+    }
+    takeResults(called, answer["result"]);
+    return true;
+}
+
+void RangeReader::takeResults(std::string_view called, json& result) {
+    const auto methods = static_cast<std::int64_t>(methods_.size());
+    takeValues(target_.process, called, result, items_, (asked_ - fetched_) * methods);
+    if (result["error"].is_object()) {
+        error_ = PostponedError(std::string(called), result["error"]);
+        return;
+    }
+    const auto results = static_cast<std::int64_t>(items_.size());
+    if (results == 0 || results % methods != 0) {
+        target_.process.fault(called, "the plug-in answered a range without a whole item");
+    }
+    fetched_ += results / methods;
+    if (fetched_ < count_) {
+        ask();  // the process works on these while the engine works on the others
+    }
+}
+
+void WhileReader::learn(std::string_view method, const base::Variant& result) {
+    if (method == sentenceCount) {
+        reset();
+        reading_ = target_.process.abilities.whiles && countOf(result) == -1;
+        more_ = reading_;
+    }
+}
+
+std::optional<base::Variant> WhileReader::serve(std::string_view method,
+                                                std::span<const base::Variant> arguments) {
+    const bool asksMore = method == moreSentences;
+    if (!reading_ || !arguments.empty() || (!asksMore && method != nextSentence) || !fill(method)) {
+        return std::nullopt;
+    }
+    if (!items_.empty()) {
+        if (asksMore) {
+            return true;
+        }
+        base::Variant item = std::move(items_.front());
+        items_.pop_front();
+        return item;
+    }
+    if (error_.isSet()) {
+        if (asksMore && error_.method() == nextSentence) {
+            return true;  // there was a sentence, but it cannot be had
+        }
+        reading_ = false;
+        error_.raise(target_.process, method);
+    }
+    if (asksMore) {
+        return false;
+    }
+    return std::nullopt;  // past the end: the plug-in's own affair
+}
+
+void WhileReader::reset() {
+    if (pending_) {
+        target_.process.abandon(*std::exchange(pending_, std::nullopt));
+    }
+    reading_ = false;
+    more_ = false;
+    items_.clear();
+    error_ = PostponedError();
+}
+
+/// Makes sure that there is an item, an error or the end. False when the process knows no such request.
+bool WhileReader::fill(std::string_view called) {
+    if (!items_.empty() || error_.isSet() || !more_) {
+        return true;
+    }
+    if (!pending_) {
+        ask();
+    }
+    return receive(called);
+}
+
+void WhileReader::ask() {
+    pending_ = target_.process.post(protocol::whileMethod, {{"object", target_.object},
+                                                            {"more", moreSentences},
+                                                            {"next", nextSentence},
+                                                            {"count", itemsPerRequest}});
+}
+
+bool WhileReader::receive(std::string_view called) {
+    json answer = target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
+    if (isUnknownMethod(answer["error"])) {
+        target_.process.abilities.whiles = false;
+        reading_ = false;
+        return false;
+    }
+    if (answer["error"].is_object()) {
+        error_ = PostponedError(std::string(called), answer["error"]);
+        return true;
+    }
+    takeResults(called, answer["result"]);
+    return true;
+}
+
+void WhileReader::takeResults(std::string_view called, json& result) {
+    takeValues(target_.process, called, result, items_, itemsPerRequest);
+    const json& error = result["error"];
+    if (error.is_object()) {
+        error_ = PostponedError(error.value("method", std::string(nextSentence)), error);
+        return;
+    }
+    const bool told = result["more"].is_boolean();
+    more_ = told && result["more"].get<bool>();
+    if (!told || (more_ && items_.empty())) {
+        target_.process.fault(called, "the plug-in answered neither a sentence nor the end of them");
+    }
+    if (more_) {
+        ask();  // the process works on the next sentences while the engine works on these
+    }
+}
+
+}  // namespace platform::posix

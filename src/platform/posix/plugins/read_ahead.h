@@ -1,0 +1,100 @@
+// Read-ahead fetches the items that the engine is about to ask for in large answers, and asks for the next of
+// them while the engine works on those it has. What the engine sees is what plain calls would give: the same
+// values, and an error when the item that failed is asked for. A PluginObject owns one reader of each kind.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/variant.h"
+#include "platform/posix/plugins/plugin_process.h"
+
+namespace platform::posix {
+
+/// Where a reader asks: the object, and the time an answer may take.
+struct PluginTarget {
+    PluginProcess& process;
+    std::int64_t object;
+    PluginProcess::Milliseconds limit;
+};
+
+/// An error that came in place of an item: which method raised it, and the error object.
+class PostponedError {
+  public:
+    PostponedError() = default;
+    PostponedError(std::string method, const nlohmann::json& error);
+
+    [[nodiscard]] bool isSet() const { return !error_.empty(); }
+    [[nodiscard]] const std::string& method() const { return method_; }
+    [[noreturn]] void raise(const PluginProcess& process, std::string_view called) const;
+
+  private:
+    std::string method_;
+    std::string error_;  // JSON text
+};
+
+/// Reads items 1 to a known count, each through one or two methods that are asked in turn.
+class RangeReader {
+  public:
+    RangeReader(PluginTarget target, std::string_view countMethod, std::vector<std::string_view> methods);
+
+    /// Takes note of a count, when it is this reader's; what was read before counts no more.
+    void learn(std::string_view method, const base::Variant& result);
+
+    /// The answer to a call that asks for the next item in order; nothing when the call is another one and
+    /// has to be made as it is.
+    std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
+
+    /// Forgets everything.
+    void reset();
+
+  private:
+    bool isNext(std::string_view method, std::span<const base::Variant> arguments);
+    void ask();
+    bool receive(std::string_view called);
+    void takeResults(std::string_view called, nlohmann::json& result);
+
+    PluginTarget target_;
+    std::string_view countMethod_;
+    std::vector<std::string_view> methods_;
+    std::int64_t count_ = 0;
+    std::int64_t nextIndex_ = 0;  // of the item that would be asked in order; 0 when not reading
+    std::size_t nextMethod_ = 0;
+    std::int64_t fetched_ = 0;  // items that have arrived
+    std::int64_t asked_ = 0;    // the last item of the request that is under way
+    std::optional<PluginProcess::RequestId> pending_;
+    std::deque<base::Variant> items_;
+    PostponedError error_;
+};
+
+/// Reads sentences whose number nobody knows: MoreSentences and GetNextSentence in turn.
+class WhileReader {
+  public:
+    explicit WhileReader(PluginTarget target) : target_(target) {}
+
+    void learn(std::string_view method, const base::Variant& result);
+    std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
+    void reset();
+
+  private:
+    bool fill(std::string_view called);
+    bool receive(std::string_view called);
+    void takeResults(std::string_view called, nlohmann::json& result);
+    void ask();
+
+    PluginTarget target_;
+    bool reading_ = false;
+    bool more_ = false;  // whether the process has told that it is not at the end
+    std::optional<PluginProcess::RequestId> pending_;
+    std::deque<base::Variant> items_;
+    PostponedError error_;
+};
+
+}  // namespace platform::posix

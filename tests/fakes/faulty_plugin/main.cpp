@@ -1,0 +1,264 @@
+// A plug-in that misbehaves on demand. The name under which it is started says how and where: "dies.Echo"
+// dies when Echo is called, "exits.start" exits before it reads anything, "minimal.plugin" knows neither
+// range nor while. What it is asked is written to the file of its name with ".log" behind it.
+//
+// SetDocumentID takes what the document is like: "300" has 300 items of each kind; "300 unknown" does not
+// know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB.
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <utility>
+
+#include <unistd.h>
+
+namespace {
+
+using nlohmann::json;
+
+struct Failure {
+    int code;
+    std::string message;
+};
+
+struct Document {
+    int items = 0;
+    bool unknown = false;
+    bool big = false;
+    int errorAt = 0;
+    int read = 0;
+};
+
+class FaultyPlugin {
+  public:
+    explicit FaultyPlugin(const std::string& file) : log_(file + ".log", std::ios::app) {
+        const std::string name = file.substr(file.find_last_of('/') + 1);
+        fault_ = name.substr(0, name.find('.'));
+        place_ = name.substr(name.find('.') + 1);
+    }
+
+    int run() {
+        misbehaveAt("start", 1);
+        std::string line;
+        while (std::getline(std::cin, line)) {
+            json request = json::parse(line);
+            reply(request["id"].get<int>(), request["method"], request["params"]);
+        }
+        return 0;
+    }
+
+  private:
+    void reply(int id, const std::string& method, const json& params) {
+        log_ << method;
+        for (const char* part : {"method", "methods", "arguments", "first", "last", "count"}) {
+            if (params.contains(part) && !(params[part].is_array() && params[part].empty())) {
+                log_ << ' ' << params[part].dump().substr(0, 100);
+            }
+        }
+        log_ << std::endl;
+        misbehaveAt(method, id);
+        json answer = {{"jsonrpc", "2.0"}, {"id", id}};
+        try {
+            answer["result"] = perform(method, params, id);
+        } catch (const Failure& failure) {
+            answer["error"] = {{"code", failure.code}, {"message", failure.message}};
+        }
+        if (!answered_) {
+            std::cout << answer.dump() << std::endl;
+        }
+        answered_ = false;
+        if (fault_ == "chatters" && method == place_) {
+            std::cout << "by the way" << std::endl;
+        }
+    }
+
+    json perform(const std::string& method, const json& params, int id) {
+        const bool minimal = fault_ == "minimal";
+        if (method == "create") {
+            documents_[++last_] = {};
+            return last_;
+        }
+        if (method == "release" && !minimal) {
+            return nullptr;
+        }
+        if (method == "call") {
+            return call(documents_.at(params["object"]), params["method"], params["arguments"], id);
+        }
+        if (method == "range" && !minimal) {
+            return range(documents_.at(params["object"]), params, id);
+        }
+        if (method == "while" && !minimal) {
+            return takeWhile(documents_.at(params["object"]), params["count"], id);
+        }
+        throw Failure{-32601, "no method " + method};
+    }
+
+    json call(Document& document, const std::string& method, json arguments, int id) {
+        misbehaveAt(method, id);
+        if (method == "SetDocumentID") {
+            document = describe(arguments[0]);
+        } else if (method == "GetProcessID") {
+            return {{"result", static_cast<int>(getpid())}};
+        } else if (method == "Echo") {
+            return {{"result", arguments[0]}};
+        } else if (method == "Swap") {
+            return {{"result", nullptr}, {"arguments", {arguments[1], arguments[0]}}};
+        } else if (method == "Number") {
+            return {{"result", json::parse(arguments[0].get<std::string>())}};
+        } else if (method == "Fail") {
+            throw Failure{1234, "it went wrong"};
+        } else {
+            return {{"result", item(document, method, arguments)}};
+        }
+        return {{"result", true}};
+    }
+
+    static Document describe(const std::string& text) {
+        Document document;
+        std::istringstream words(text);
+        std::string word;
+        words >> document.items;
+        while (words >> word) {
+            document.unknown = document.unknown || word == "unknown";
+            document.big = document.big || word == "big";
+            if (word == "error") {
+                words >> document.errorAt;
+            }
+        }
+        return document;
+    }
+
+    static json item(Document& document, const std::string& method, const json& arguments) {
+        if (method == "GetNumberOfSentences" && document.unknown) {
+            return -1;
+        }
+        if (method.starts_with("GetNumber")) {
+            return document.items;
+        }
+        if (method == "MoreSentences") {
+            return document.read < document.items;
+        }
+        const bool next = method == "GetNextSentence";
+        const int index = next ? ++document.read : arguments.at(0).get<int>();
+        if (index == document.errorAt) {
+            throw Failure{77, "item " + std::to_string(index) + " is broken"};
+        }
+        return method + std::to_string(index) + (document.big ? std::string(2 * 1024 * 1024, 'x') : "");
+    }
+
+    json range(Document& document, const json& params, int id) {
+        const int first = params["first"];
+        int last = params["last"];
+        if (fault_ == "fewer") {
+            last = std::min(last, first + 9);
+        }
+        json answer = {{"results", json::array()}};
+        try {
+            for (int index = first; index <= last; ++index) {
+                for (const std::string method : params["methods"]) {
+                    misbehaveAt(method, id);
+                    answer["results"].push_back(item(document, method, {index}));
+                }
+            }
+        } catch (const Failure& failure) {
+            answer["error"] = {{"code", failure.code}, {"message", failure.message}};
+        }
+        if (fault_ == "overdoes") {
+            answer["results"].push_back("one too many");
+        }
+        if (fault_ == "withholds") {
+            answer["results"].clear();
+        }
+        return answer;
+    }
+
+    json takeWhile(Document& document, int count, int id) {
+        json answer = {{"results", json::array()}, {"more", true}};
+        try {
+            while (count-- > 0) {
+                if (!item(document, "MoreSentences", json::array()).get<bool>()) {
+                    answer["more"] = false;
+                    break;
+                }
+                misbehaveAt("GetNextSentence", id);
+                answer["results"].push_back(item(document, "GetNextSentence", json::array()));
+            }
+        } catch (const Failure& failure) {
+            answer["error"] = {
+                {"code", failure.code}, {"message", failure.message}, {"method", "GetNextSentence"}};
+        }
+        return answer;
+    }
+
+    void misbehaveAt(const std::string& place, int id) {
+        if (place != place_) {
+            return;
+        }
+        const std::string answer = R"({"jsonrpc":"2.0","id":)" + std::to_string(id) + R"(,"result":)";
+        if (fault_ == "dies") {
+            kill(getpid(), SIGKILL);
+        } else if (fault_ == "exits") {
+            std::_Exit(3);
+        } else if (fault_ == "hangs") {
+            stop();
+        } else if (fault_ == "closes") {
+            close(STDOUT_FILENO);
+            stop();
+        } else if (fault_ == "mumbles") {
+            say("Segmentation fault\x01\xFF?");
+        } else if (fault_ == "breaksoff") {
+            std::cout << answer << std::flush;
+            std::_Exit(0);
+        } else if (fault_ == "bloats") {
+            forever(std::string(65536, 'x'));
+        } else if (fault_ == "floods") {
+            forever(R"({"jsonrpc":"2.0","id":999999,"result":null})"
+                    "\n");
+        } else if (fault_ == "misnumbers") {
+            say(R"({"jsonrpc":"2.0","id":4711,"result":{"result":1}})");
+        } else if (fault_ == "evades") {
+            say(R"({"jsonrpc":"2.0","id":)" + std::to_string(id) + "}");
+        } else if (fault_ == "lists") {
+            say(answer + R"({"result":[1]}})");
+        } else if (fault_ == "understates") {
+            say(answer + R"("text"})");
+        }
+    }
+
+    /// Says this in the place of the answer.
+    void say(const std::string& line) {
+        std::cout << line << std::endl;
+        answered_ = true;
+    }
+
+    [[noreturn]] static void stop() {
+        for (;;) {
+            pause();
+        }
+    }
+
+    [[noreturn]] static void forever(const std::string& text) {
+        for (;;) {
+            std::cout << text << std::flush;
+        }
+    }
+
+    std::ofstream log_;
+    std::string fault_;
+    std::string place_;
+    std::map<int, Document> documents_;
+    int last_ = 0;
+    bool answered_ = false;
+};
+
+}  // namespace
+
+int main(int, char** argv) {
+    return FaultyPlugin(argv[0]).run();
+}

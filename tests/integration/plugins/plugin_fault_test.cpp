@@ -1,0 +1,170 @@
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "integration/plugins/plugin_fixture.h"
+
+namespace {
+
+using plugin_test::PluginTest;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+bool noChildIsLeft() {
+    return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+}
+
+/// A way to misbehave and how the error tells it.
+struct Fault {
+    std::string name;
+    std::string cause;
+};
+
+void PrintTo(const Fault& fault, std::ostream* stream) {
+    *stream << fault.name;
+}
+
+class PluginFault : public PluginTest, public testing::WithParamInterface<Fault> {};
+
+TEST_P(PluginFault, IsAnErrorOfTheCallThatNamesProgIdMethodAndCause) {
+    const std::string progId = GetParam().name + ".GetImportantTextText";
+    auto object = open(progId, "1");
+    const auto error = errorOf([&] { item(*object, "GetImportantTextText", 1); });
+    EXPECT_NE(error.number(), 0);
+    EXPECT_THAT(error.description(), StartsWith(progId + ": GetImportantTextText: "));
+    EXPECT_THAT(error.description(), HasSubstr(GetParam().cause));
+}
+
+TEST_P(PluginFault, EndsTheObjectAndLeavesNoProcess) {
+    auto object = open(GetParam().name + ".GetImportantTextText", "1");
+    errorOf([&] { item(*object, "GetImportantTextText", 1); });
+    EXPECT_TRUE(noChildIsLeft());
+
+    const auto later = errorOf([&] { call(*object, "GetLastErrorString"); });
+    EXPECT_THAT(later.description(), HasSubstr("GetLastErrorString: the plug-in process is gone"));
+    EXPECT_THAT(later.description(), HasSubstr(GetParam().cause));
+}
+
+TEST_P(PluginFault, LeavesTheNextDocumentAFreshProcess) {
+    const std::string progId = GetParam().name + ".GetImportantTextText";
+    auto object = open(progId, "1");
+    const auto first = call(*object, "GetProcessID");
+    errorOf([&] { item(*object, "GetImportantTextText", 1); });
+
+    auto next = open(progId, "1");
+    EXPECT_NE(call(*next, "GetProcessID"), first);
+    EXPECT_EQ(item(*next, "GetMetaTagText", 1), "GetMetaTagText1");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, PluginFault,
+    testing::Values(Fault{"dies", "the plug-in process ended (signal 9)"},
+                    Fault{"exits", "the plug-in process ended (exit status 3)"},
+                    Fault{"closes", "the plug-in process closed its output"},
+                    Fault{"mumbles", "answered something that is not JSON-RPC: \"Segmentation fault \xFF?\""},
+                    Fault{"breaksoff", "ended (exit status 0) in the middle of the answer \"{"},
+                    Fault{"bloats", "the plug-in answered more than 16777216 bytes"},
+                    Fault{"floods", "the plug-in answered a request that was not made"},
+                    Fault{"misnumbers", "the plug-in answered a request that was not made"},
+                    Fault{"evades", "the plug-in answered something that is not JSON-RPC"},
+                    Fault{"lists", "the plug-in answered with something that is not a value"},
+                    Fault{"understates", "the plug-in answered without a result"}),
+    [](const auto& fault) { return fault.param.name; });
+
+class PluginFaults : public PluginTest {};
+
+TEST_F(PluginFaults, AHangIsAnErrorAfterTheLimit) {
+    auto warm = open("hangs.Echo", "1");  // starting may take its time
+    limit_ = std::chrono::milliseconds(200);
+    auto object = open("hangs.Echo", "1");
+    const auto error = errorOf([&] { call(*object, "Echo", "text"); });
+    EXPECT_EQ(error.description(), "hangs.Echo: Echo: the plug-in did not answer within 0.2 seconds");
+    EXPECT_TRUE(noChildIsLeft());
+}
+
+TEST_F(PluginFaults, APluginThatDoesNotReadHoldsUpNobodyForever) {
+    limit_ = std::chrono::milliseconds(200);
+    const auto error = errorOf([&] { create("hangs.start"); });
+    EXPECT_EQ(error.description(), "hangs.start: create: the plug-in did not answer within 0.2 seconds");
+}
+
+TEST_F(PluginFaults, AnExitAtStartIsAnErrorOfTheCreation) {
+    const auto error = errorOf([&] { create("exits.start"); });
+    EXPECT_EQ(error.description(), "exits.start: create: the plug-in process ended (exit status 3)");
+    EXPECT_TRUE(noChildIsLeft());
+}
+
+TEST_F(PluginFaults, ALineThatNobodyAskedForIsAnErrorOfTheNextCall) {
+    auto object = create("chatters.call");
+    const auto error = errorOf([&] {
+        call(*object, "Echo", "text");
+        call(*object, "Echo", "text");
+    });
+    EXPECT_THAT(error.description(), HasSubstr("not JSON-RPC: \"by the way\""));
+}
+
+TEST_F(PluginFaults, AProcessThatDiesBetweenDocumentsIsReplacedWithoutAnError) {
+    auto object = open("dies.release", "1");
+    const auto first = call(*object, "GetProcessID");
+    object.reset();
+    auto next = open("dies.release", "1");
+    EXPECT_NE(call(*next, "GetProcessID"), first);
+}
+
+TEST_F(PluginFaults, AProcessThatChattersBetweenDocumentsIsReplacedWithoutAnError) {
+    open("chatters.release", "1").reset();
+    auto next = open("chatters.release", "1");
+    EXPECT_EQ(item(*next, "GetMetaTagText", 1), "GetMetaTagText1");
+}
+
+TEST_F(PluginFaults, ARangeOrWhileAnswerWithTooManyOrNoItemsIsAFault) {
+    auto many = open("overdoes.range", "3");
+    call(*many, "GetNumberOfSentences");
+    EXPECT_THAT(errorOf([&] { item(*many, "GetSentenceText", 1); }).description(),
+                HasSubstr("GetSentenceText: the plug-in answered more items than it was asked for"));
+    auto none = open("withholds.range", "3");
+    call(*none, "GetNumberOfSentences");
+    EXPECT_THAT(errorOf([&] { item(*none, "GetSentenceText", 1); }).description(),
+                HasSubstr("GetSentenceText: the plug-in answered a range without a whole item"));
+}
+
+TEST_F(PluginFaults, NoProcessIsLeftWhenTheFactoryIsGone) {
+    {
+        platform::posix::PluginFactory factory({folder_.path()}, nullptr);
+        std::filesystem::create_symlink(FAULTY_PLUGIN, folder_ / "well.behaved");
+        factory.create("well.behaved");
+    }
+    EXPECT_TRUE(noChildIsLeft());
+}
+
+TEST_F(PluginFaults, APluginDiesWithTheService) {
+    std::array<int, 2> tell{};
+    ASSERT_EQ(pipe(tell.data()), 0);
+    const pid_t service = fork();
+    if (service == 0) {
+        // This is the service: it ends without any clean-up, while the plug-in hangs and reads nothing more.
+        auto object = create("hangs.release");
+        const std::int32_t plugin = call(*object, "GetProcessID").toInt32();
+        object.reset();
+        _exit(write(tell[1], &plugin, sizeof plugin) == sizeof plugin ? 0 : 1);
+    }
+    std::int32_t plugin = 0;
+    ASSERT_EQ(read(tell[0], &plugin, sizeof plugin), static_cast<ssize_t>(sizeof plugin));
+    waitpid(service, nullptr, 0);
+    const auto handle = static_cast<int>(syscall(SYS_pidfd_open, plugin, 0));
+    if (handle >= 0) {
+        pollfd ended{handle, POLLIN, 0};
+        EXPECT_EQ(poll(&ended, 1, 60'000), 1) << "the plug-in has outlived the service";
+        close(handle);
+    } else {
+        EXPECT_EQ(errno, ESRCH);
+    }
+    close(tell[0]);
+    close(tell[1]);
+}
+
+}  // namespace

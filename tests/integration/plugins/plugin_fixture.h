@@ -1,0 +1,79 @@
+// A plug-in folder of a test's own, with programs under the ProgIDs that the test gives them.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "base/runtime_error.h"
+#include "fakes/temporary_folder.h"
+#include "platform/posix/plugins/plugin_factory.h"
+
+namespace plugin_test {
+
+class PluginTest : public testing::Test {
+  protected:
+    std::unique_ptr<platform::AutomationObject> create(const std::string& progId,
+                                                       const std::string& program = FAULTY_PLUGIN) {
+        const std::filesystem::path file = folder_ / progId;
+        if (!exists(file)) {
+            create_symlink(program, file);
+        }
+        return factory_.create(progId);
+    }
+
+    /// An object whose document is open.
+    std::unique_ptr<platform::AutomationObject> open(const std::string& progId, const std::string& document) {
+        auto object = create(progId);
+        EXPECT_EQ(call(*object, "SetDocumentID", document), base::Variant(true));
+        return object;
+    }
+
+    static base::Variant call(platform::AutomationObject& object, const std::string& method) {
+        return object.call(method);
+    }
+    static base::Variant call(platform::AutomationObject& object, const std::string& method,
+                              const base::Variant& argument) {
+        base::Variant copy = argument;
+        return object.call(method, {&copy, 1});
+    }
+    static std::string item(platform::AutomationObject& object, const std::string& method, int index) {
+        return call(object, method, static_cast<std::int16_t>(index)).toText();
+    }
+
+    /// The error that an action raises; number 0 when it raises none.
+    template <class Action>
+    static base::RuntimeError errorOf(const Action& action) {
+        try {
+            action();
+        } catch (const base::RuntimeError& error) {
+            return error;
+        }
+        return {0, "no error was raised"};
+    }
+
+    /// What the faulty plug-in was asked, leaving out the other requests.
+    std::vector<std::string> asked(const std::string& progId, const std::string& request) const {
+        std::vector<std::string> found;
+        std::istringstream lines(folder_.read(progId + ".log"));
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with(request)) {
+                found.push_back(line);
+            }
+        }
+        return found;
+    }
+
+    fakes::TemporaryFolder folder_;
+    std::chrono::milliseconds limit_{60'000};
+    platform::posix::PluginFactory factory_{
+        {folder_.path()}, [this] { return limit_; }, std::size_t{16} * 1024 * 1024};
+};
+
+}  // namespace plugin_test

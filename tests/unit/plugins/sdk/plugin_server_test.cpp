@@ -1,0 +1,136 @@
+#include "sdk/plugin_server.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "unit/plugins/sdk/sample_extractor.h"
+
+namespace {
+
+using nlohmann::json;
+
+class PluginServerTest : public testing::Test {
+  protected:
+    json ask(const std::string& method, const json& params) {
+        const json request = {{"jsonrpc", "2.0"}, {"id", ++id_}, {"method", method}, {"params", params}};
+        const std::string line = server_.answer(request.dump());
+        EXPECT_EQ(line.find('\n'), line.size() - 1) << line;
+        json reply = json::parse(line);
+        EXPECT_EQ(reply["id"], id_);
+        return reply;
+    }
+    json call(const json& object, const std::string& method, const json& arguments = json::array()) {
+        return ask("call", {{"object", object}, {"method", method}, {"arguments", arguments}});
+    }
+    json open() {
+        json object = ask("create", json::object())["result"];
+        EXPECT_EQ(call(object, "SetDocumentID", {"document"})["result"]["result"], true);
+        return object;
+    }
+
+    sdk::Document document_;
+    sdk::PluginServer server_{[this] { return std::make_unique<sdk_test::SampleExtractor>(document_); }};
+    int id_ = 0;
+};
+
+TEST_F(PluginServerTest, CallsAnObjectByMethodName) {
+    document_.sentences = {"One.", "Two."};
+    const json object = open();
+    EXPECT_EQ(call(object, "GetNumberOfSentences")["result"], json({{"result", 2}}));
+    EXPECT_EQ(call(object, "GetSentenceText", {2})["result"], json({{"result", "Two."}}));
+}
+
+TEST_F(PluginServerTest, KeepsObjectsApart) {
+    document_.sentences = {"One."};
+    const json first = open();
+    document_.sentences = {"Other."};
+    const json second = open();
+    EXPECT_EQ(call(first, "GetNextSentence")["result"]["result"], "One.");
+    EXPECT_EQ(call(second, "GetNextSentence")["result"]["result"], "Other.");
+}
+
+TEST_F(PluginServerTest, SendsADateAsAnObject) {
+    document_.properties["last_time_modified"] = *base::DateTime::fromCivil({2001, 2, 3, 4, 5, 6});
+    const json object = open();
+    EXPECT_EQ(call(object, "GetDocumentProperty", {"last_time_modified"})["result"]["result"],
+              json({{"date", "2001-02-03 04:05:06"}}));
+}
+
+TEST_F(PluginServerTest, SendsTextWithNulAndReplacesWhatIsNoUtf8) {
+    document_.sentences = {std::string("a\0b\nc", 5), "bad \xFF byte"};
+    const json object = open();
+    EXPECT_EQ(call(object, "GetSentenceText", {1})["result"]["result"], std::string("a\0b\nc", 5));
+    EXPECT_EQ(call(object, "GetSentenceText", {2})["result"]["result"], "bad \xEF\xBF\xBD byte");
+}
+
+TEST_F(PluginServerTest, AnswersARangeOfTwoMethodsInTheOrderOfTheCalls) {
+    document_.metaTags = {{"red", "colour"}, {"Ann", "author"}};
+    const json object = open();
+    const json reply = ask(
+        "range",
+        {{"object", object}, {"methods", {"GetMetaTagText", "GetMetaTagType"}}, {"first", 1}, {"last", 2}});
+    EXPECT_EQ(reply["result"], json({{"results", {"red", "colour", "Ann", "author"}}}));
+}
+
+TEST_F(PluginServerTest, EndsARangeAtAnErrorAndKeepsTheItemsBeforeIt) {
+    document_.sentences = {"One.", "Two."};
+    const json object = open();
+    const json reply =
+        ask("range", {{"object", object}, {"methods", {"GetSentenceText"}}, {"first", 2}, {"last", 9}});
+    EXPECT_EQ(reply["result"]["results"], json({"Two."}));
+    EXPECT_EQ(reply["result"]["error"]["code"], 9);
+    EXPECT_EQ(reply["result"]["error"]["message"], "index 3 is outside 1..2");
+}
+
+TEST_F(PluginServerTest, EndsARangeEarlyWhenItsAnswerGrowsLarge) {
+    document_.sentences.assign(8, std::string(400 * 1024, 'x'));
+    const json object = open();
+    const json reply =
+        ask("range", {{"object", object}, {"methods", {"GetSentenceText"}}, {"first", 1}, {"last", 8}});
+    EXPECT_EQ(reply["result"]["results"].size(), 3U);
+    EXPECT_FALSE(reply["result"].contains("error"));
+}
+
+TEST_F(PluginServerTest, TakesSentencesWhileThereAreMore) {
+    document_.sentences = {"One.", "Two.", "Three."};
+    const json object = open();
+    json params = {{"object", object}, {"more", "MoreSentences"}, {"next", "GetNextSentence"}, {"count", 2}};
+    EXPECT_EQ(ask("while", params)["result"], json({{"results", {"One.", "Two."}}, {"more", true}}));
+    EXPECT_EQ(ask("while", params)["result"], json({{"results", {"Three."}}, {"more", false}}));
+}
+
+TEST_F(PluginServerTest, SaysWhichOfTheTwoMethodsFailed) {
+    document_.sentences = {"One."};
+    const json object = open();
+    // A method with another number of arguments fails before the sentence is taken.
+    const json reply = ask(
+        "while", {{"object", object}, {"more", "SetDocumentID"}, {"next", "GetNextSentence"}, {"count", 2}});
+    EXPECT_EQ(reply["result"]["error"]["method"], "SetDocumentID");
+}
+
+TEST_F(PluginServerTest, RaisesErrorsForWhatItCannotCall) {
+    const json object = open();
+    EXPECT_EQ(call(object, "GetNumberofSentences")["error"]["code"], 438);
+    EXPECT_EQ(call(object, "GetSentenceText")["error"]["code"], 450);
+    EXPECT_EQ(call(object, "GetSentenceText", {"seven"})["error"]["code"], 13);
+    EXPECT_EQ(call(object, "GetSentenceText", json::parse("[[]]"))["error"]["code"], -32602);
+    EXPECT_EQ(call(99, "MoreSentences")["error"]["message"], "there is no object 99");
+    EXPECT_EQ(ask("dance", json::object())["error"]["code"], -32601);
+    EXPECT_EQ(ask("call", json::object())["error"]["code"], -32602);
+}
+
+TEST_F(PluginServerTest, AnswersWhatIsNoRequest) {
+    EXPECT_EQ(json::parse(server_.answer("{oops"))["error"]["code"], -32700);
+    EXPECT_EQ(json::parse(server_.answer("[]"))["error"]["code"], -32600);
+    EXPECT_EQ(json::parse(server_.answer(R"({"id":1})"))["error"]["code"], -32600);
+}
+
+TEST_F(PluginServerTest, ForgetsAReleasedObject) {
+    const json object = open();
+    EXPECT_TRUE(ask("release", {{"object", object}})["result"].is_null());
+    EXPECT_EQ(call(object, "MoreSentences")["error"]["code"], -32602);
+    EXPECT_EQ(ask("release", {{"object", object}})["error"]["code"], -32602);
+}
+
+}  // namespace
