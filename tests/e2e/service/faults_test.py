@@ -21,6 +21,11 @@ class Faults(harness.ServiceTest):
         self.library.finish(process, expect=1)
         self.assertEqual(normal_lines(self.library.errors()), normal_lines(cannot_connect(path)))
 
+    def files(self):
+        """The files in the library's folder but those of log and settings."""
+        return sorted(name for name in os.listdir(self.library.folder)
+                      if not name.startswith(("service.log", "errors.txt", "settings.db")))
+
     def queued_document(self):
         path = self.library.write("quay.txt", GOOD)
         self.library.queue(path)
@@ -54,10 +59,9 @@ class Faults(harness.ServiceTest):
                 library.set({(SERVICE, "DataBasePath"): str(path)})
                 library.errors_path.unlink(missing_ok=True)
                 library.forget_log()
-                before = sorted(os.listdir(library.folder))
+                before = self.files()
                 self.assert_refused(library.start(until_idle=True), path)
-                self.assertEqual([file for file in sorted(os.listdir(library.folder))
-                                  if file not in before + ["service.log", "errors.txt"]], [])
+                self.assertEqual(self.files(), before)
                 self.assertEqual(path.read_bytes() if path.exists() else None, content)
                 self.assertTrue(any(line.startswith("Error: db:init: ") and line.endswith(f"-{path}--" + "-")
                                     for line in library.log()), library.log_tail())
