@@ -58,7 +58,9 @@ class KilledService:
         self.expected = expected
         self.kills = kills
         self.moments = moments
+        self.in_the_middle = 0  # kills that met a document in work
         self.dropped = set()  # documents that were in work at a kill since they were queued last
+        self.in_pieces = set()  # dropped documents that have not been indexed again since
 
     def run(self):
         self.queue_all()
@@ -120,7 +122,9 @@ class KilledService:
         in_work = [row[0] for row in connection.execute("SELECT doc_path FROM file_index_queue WHERE flag_dirty <> 0")]
         queued = {row[0] for row in connection.execute("SELECT doc_path FROM file_index_queue")}
         faults = [row[0] for row in connection.execute("PRAGMA integrity_check") if row[0] != "ok"]
-        in_pieces = {self.document_at(connection, path) for path in self.dropped.union(in_work)}
+        done = {path for path, _ in self.documents} - queued - self.dropped
+        self.in_pieces = (self.in_pieces - done).union(in_work)
+        in_pieces = {self.document_at(connection, path) for path in self.in_pieces}
         for what, sql in SOUND.items():
             found = connection.execute(sql).fetchall()
             if what in SOUND_AT_REST_ONLY:
@@ -129,8 +133,11 @@ class KilledService:
         connection.close()
         self.test.assertEqual(faults, [])
         self.test.assertLessEqual(len(in_work), 1)
-        self.test.assertFalse(self.dropped & queued, "an entry in work at an earlier kill is still there")
+        # An entry in work at an earlier kill goes with the first tick, which a kill during the start forestalls.
+        left = self.dropped & queued
+        self.test.assertFalse(left if self.library.logged("Main.Timer Fire") else left.difference(in_work))
         self.dropped.update(in_work)
+        self.in_the_middle += len(in_work)
 
     @staticmethod
     def document_at(connection, path):
@@ -143,7 +150,8 @@ class KilledService:
         whole = [path for path, _ in self.documents if path not in self.dropped]
         for path in whole:
             self.test.assertEqual(fingerprint(self.library, path), self.expected[path], path)
-        if not self.dropped:
+        self.in_pieces = set(self.dropped)
+        if not self.in_pieces:
             self.test.assertEqual(self.library.faults(), [])
 
 
@@ -158,9 +166,12 @@ class Kill(harness.ServiceTest):
             documents.append((path, data_type))
         expected = self.undisturbed(documents)
         with concurrent.futures.ThreadPoolExecutor(LIBRARIES) as pool:
-            runs = [pool.submit(self.killed(number, documents, expected, seed).run) for number in range(LIBRARIES)]
-            for run in runs:
+            killed = [self.killed(number, documents, expected, seed) for number in range(LIBRARIES)]
+            for run in [pool.submit(one.run) for one in killed]:
                 run.result()
+        in_the_middle = sum(one.in_the_middle for one in killed)
+        print(f"{in_the_middle} kills in the middle of a document", flush=True)
+        self.assertGreater(in_the_middle, 0)
 
     def undisturbed(self, documents):
         for path, data_type in documents:
