@@ -1,10 +1,9 @@
 """Queue entries that no document stands behind, or a strange one: they do no harm, and all others are indexed."""
 
 import os
-import unittest
 
 import harness
-from harness import DATA_TYPES
+from harness import DATA_TYPES, INDEXER
 
 GOOD = "A lantern hangs over the quay.\n"
 
@@ -25,9 +24,21 @@ class BadInput(harness.ServiceTest):
             str(folder): "folder",
             library.write("binary.txt", b"\x7fELF\x02\x01\x01\0\0\0" + bytes(range(256)) * 20): "binary",
         }
+        loop = library.documents / "loop.txt"
+        loop.symlink_to(loop)
+        bad[str(loop)] = "Too many levels of symbolic links"
+        if os.geteuid() != 0:  # permissions do not bind the superuser
+            secret = library.write("secret.txt", GOOD)
+            os.chmod(secret, 0)
+            bad[secret] = "Permission denied"
         last = library.write("last.txt", GOOD)
-        library.queue(*bad, regular, last)
+        library.queue(*bad, regular)
+        no_utf8 = os.fsencode(library.write("latin", GOOD)) + b"\xe9.txt"
+        library.write_rows("INSERT INTO file_index_queue (doc_path, index_type, data_type, user_id, date_time) "
+                           "VALUES (CAST(? AS TEXT), 2, 'txt', 7, '2026-11-16 01:47:03')", (no_utf8,))
+        library.queue(last)
         library.run()
+        self.assertTrue(library.logged("latin\N{REPLACEMENT CHARACTER}.txt: cannot open"), library.log_tail())
         for path, reason in bad.items():
             with self.subTest(path):
                 errors = [line for line in library.log() if line.startswith("Error: ERROR ") and path in line]
@@ -39,17 +50,6 @@ class BadInput(harness.ServiceTest):
         self.check_good_document(last)
         self.assertEqual(library.queued(), [])
         self.assertEqual(library.value("SELECT count(*) FROM document_object"), 2)
-        self.assert_sound()
-
-    @unittest.skipIf(os.geteuid() == 0, "permissions do not bind the superuser")
-    def test_a_document_that_may_not_be_read_is_named_and_dropped(self):
-        path = self.library.write("secret.txt", GOOD)
-        os.chmod(path, 0)
-        good = self.library.write("good.txt", GOOD)
-        self.library.queue(path, good)
-        self.library.run()
-        self.assertTrue(any("Permission denied" in line and path in line for line in self.library.log()))
-        self.check_good_document(good)
         self.assert_sound()
 
     def test_strange_paths_are_indexed_under_their_own_names(self):
@@ -96,6 +96,28 @@ class BadInput(harness.ServiceTest):
         self.assertIsNone(library.document_id(odd))
         self.check_good_document(last)
         self.assertEqual(library.queued(), [])
+        self.assert_sound()
+
+    def test_plug_ins_that_die_hang_or_talk_nonsense_do_not_take_the_service_along(self):
+        library = self.library
+        scripts = {"die": "exit 3", "mid": "read request; exit 0", "say": "echo nonsense; cat > /dev/null",
+                   "mum": "cat > /dev/null"}
+        for data_type, script in scripts.items():
+            library.write_plugin("Test." + data_type, data_type, script)
+        library.set({(INDEXER, "PluginTimeoutSeconds"): 1})
+        paths = {data_type: library.write("document." + data_type, GOOD) for data_type in scripts}
+        for data_type, path in paths.items():
+            library.queue(path, data_type=data_type)
+        last = library.write("last.txt", GOOD)
+        library.queue(last)
+        library.run()
+        errors = [line for line in library.log() if line.startswith("Error: ")]
+        for data_type, path in paths.items():
+            with self.subTest(scripts[data_type]):
+                self.assertTrue(any("Test." + data_type in line for line in errors), errors)
+        self.check_good_document(last)
+        self.assertEqual(library.queued(), [])
+        self.assert_no_plugin_survives()
         self.assert_sound()
 
     def test_empty_documents_and_a_very_long_line(self):

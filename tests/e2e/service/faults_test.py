@@ -1,12 +1,10 @@
 """A library or settings that are locked, missing, damaged or taken away: the service waits, or says so and ends."""
 
 import os
-import shutil
 import signal
-import unittest
 
 import harness
-from harness import SERVICE
+from harness import INDEXER, SERVICE
 
 GOOD = "A lantern hangs over the quay.\n"
 WORDS = {"lantern": 1, "hangs": 1, "quay": 1}
@@ -91,6 +89,15 @@ class Faults(harness.ServiceTest):
         self.assert_refused(self.take_away(text), self.library.path)
         self.assertEqual(self.library.path.read_bytes(), text)
         self.assertEqual(list(self.library.folder.glob("library.db-*")), [])
+
+    def test_a_log_that_cannot_be_written_is_done_without(self):
+        library = self.library
+        path = self.queued_document()
+        library.set({(INDEXER, "LogFilePath"): path + "/service.log"})
+        library.run()
+        self.assertEqual(library.words(library.document_id(path)), WORDS)
+        self.assertEqual(library.errors(), "")
+        self.assert_sound()
 
     def test_settings_that_are_missing_out_of_reach_or_damaged_give_defaults_in_silence(self):
         library = self.library

@@ -7,10 +7,8 @@ import os
 import pathlib
 import re
 import shutil
-import signal
 import sqlite3
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
@@ -97,6 +95,8 @@ class Library:
         self.log_path = self.folder / "service.log"
         self.trace_path = self.folder / "statements.sql"
         self.errors_path = self.folder / "errors.txt"
+        self.own_plugins = self.folder / "plugins"
+        self.own_plugins.mkdir(exist_ok=True)
         self.temporary = self.folder / "temporary"
         self.temporary.mkdir(exist_ok=True)
         run_tool("init", self.path, settings=self.settings)
@@ -131,6 +131,13 @@ class Library:
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content if isinstance(content, bytes) else content.encode("utf-8"))
         return str(path)
+
+    def write_plugin(self, prog_id, data_type, script):
+        """A plug-in that is a shell script, for a data type of its own."""
+        path = self.own_plugins / prog_id
+        path.write_text("#!/bin/sh\n" + script + "\n")
+        path.chmod(0o755)
+        self.set({(DATA_TYPES + data_type, "IndexPlugin"): prog_id})
 
     def connect(self):
         connection = sqlite3.connect(self.path, timeout=DEADLINE, isolation_level=None)
@@ -189,8 +196,8 @@ class Library:
     # The service
 
     def environment(self):
-        return dict(os.environ, TYINDEXER_SETTINGS=str(self.settings), TYINDEXER_PLUGINS=str(PLUGINS),
-                    TMPDIR=str(self.temporary))
+        return dict(os.environ, TYINDEXER_SETTINGS=str(self.settings),
+                    TYINDEXER_PLUGINS=f"{PLUGINS}:{self.own_plugins}", TMPDIR=str(self.temporary))
 
     def start(self, *arguments, until_idle=False, trace=False, poll="0.001"):
         command = [BIN / "tyindexerd", "--poll-interval", poll, *arguments]

@@ -56,21 +56,18 @@ TICK = [
 TICK_ENDS = ["Crash Detect: Main.Timer Action Complete"]
 
 
-def job_log(path, size, queue_id=1, sentences=3, data_type="txt"):
+def document_log(path, plugin, created, sentences, sub_documents=()):
+    """What the pipeline writes about one document; `created` joins the arguments of its creation."""
     return [
-        "Crash Detect: Main.Timer - Queue entry found",
-        f"Logic: Do Index: {queue_id}",
-        "Logic: Retrieve from queue",
-        f"Logic: Index document: {path}",
         f"Interest: Indexer::IndexDocument - Starting: {path}",
-        f"Logic: Attempting to create plugin: {harness.TEXT_PLUGIN}",
-        f"Logic: Created plugin: {harness.TEXT_PLUGIN}",
+        f"Logic: Attempting to create plugin: {plugin}",
+        f"Logic: Created plugin: {plugin}",
         "Logic: Document Opened",
         "Logic: Document Setup",
         "Logic: CD: Doc Setup - Start",
         "Logic: CD: Doc Setup - Date",
         "Logic: CD: Doc Setup - Purged previous instances",
-        f"Logic: CD: Doc Setup - (creating) {path}~~<moment>~{data_type}~{path}~{size}~False~-1~{USER}",
+        f"Logic: CD: Doc Setup - (creating) {created}",
         "Logic: CD: Doc Setup - Document Created",
         "Logic: CD: Doc Setup - Created PRV and Doc Share",
         "Logic: Start Normal",
@@ -85,12 +82,16 @@ def job_log(path, size, queue_id=1, sentences=3, data_type="txt"):
         "Logic: End Commit Words",
         "Logic: Commit sentences",
         "Logic: End Commit Sentences",
+        *sub_documents,
         "Logic: Close plugin",
         f"Interest: Indexer::IndexDocument - Completed: {path}",
-        "Logic: Finished index",
-        "Logic: Delete from queue",
-        "Logic: Do index complete",
     ]
+
+
+def job_log(path, document, queue_id=1):
+    return ["Crash Detect: Main.Timer - Queue entry found", f"Logic: Do Index: {queue_id}",
+            "Logic: Retrieve from queue", f"Logic: Index document: {path}", *document,
+            "Logic: Finished index", "Logic: Delete from queue", "Logic: Do index complete"]
 
 
 def masked(text):
@@ -125,17 +126,36 @@ def sentence_row(values):
 
 
 class WholeJob(harness.ServiceTest):
-    def test_every_line_of_the_log_of_a_text_document(self):
-        path = self.library.write("river.txt", TEXT)
-        self.library.queue(path, index_type=INDEX_NEW)
-        self.library.run()
-        lines = [masked(line) for line in self.library.log()]
-        expected = STARTED + TICK + job_log(path, len(TEXT)) + TICK_ENDS
+    def test_every_line_of_the_log_of_a_text_document_and_a_mail(self):
+        library = self.library
+        text = library.write("river.txt", TEXT)
+        mail = library.write("tide.eml", MAIL.replace("\n", "\r\n"))
+        library.queue(text, index_type=INDEX_NEW)
+        library.queue(mail, data_type="eml")
+        library.run()
+        lines = [masked(line) for line in library.log()]
+        text_log = document_log(text, harness.TEXT_PLUGIN,
+                                f"{text}~~<moment>~txt~{text}~{len(TEXT)}~False~-1~{USER}", sentences=3)
+        expected = (STARTED + TICK + job_log(text, text_log) + TICK_ENDS
+                    + TICK + job_log(mail, self.mail_log(mail), queue_id=2) + TICK_ENDS)
         self.assertEqual(lines[:len(expected)], expected)
-        idle = TICK + TICK_ENDS
-        rest = lines[len(expected):]
-        self.assertEqual(rest, idle * (len(rest) // len(idle)))
-        self.assertTrue(all(line.endswith("\r\n") for line in self.library.log_text().splitlines(keepends=True)))
+        self.assertEqual(lines[len(expected):], TICK + TICK_ENDS)
+        self.assertTrue(all(line.endswith("\r\n") for line in library.log_text().splitlines(keepends=True)))
+
+    def mail_log(self, mail):
+        library = self.library
+        id_mail = library.document_id(mail)
+        source, title, size = library.rows("SELECT source_url, title, data_size FROM document_object WHERE id = ?",
+                                           (id_mail,))[0]
+        attachment, attachment_size = library.rows("SELECT source_url, data_size FROM document_object "
+                                                   "WHERE id_parent = ?", (id_mail,))[0]
+        self.assertTrue(attachment.startswith(str(library.temporary)))
+        created = f"{attachment}~{title} - tides~<moment>~txt~{mail}?attach=1~{attachment_size}~False~{id_mail}~{USER}"
+        attachment_log = [f"Logic: Indexer::IndexDocument - Sub Doc: {attachment}",
+                          *document_log(attachment, harness.TEXT_PLUGIN, created, sentences=1)]
+        return document_log(mail, harness.MAIL_PLUGIN,
+                            f"{source}~{title}~<moment>~eml~{mail}~{size}~False~-1~{USER}", sentences=1,
+                            sub_documents=attachment_log)
 
     def test_every_statement_of_a_text_document(self):
         path = self.library.write("river.txt", TEXT)
