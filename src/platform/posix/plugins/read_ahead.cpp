@@ -251,7 +251,8 @@ void WhileReader::takeResults(std::string_view called, json& result) {
     takeValues(target_.process, called, result, items_, itemsPerRequest);
     const json& error = result["error"];
     if (error.is_object()) {
-        error_ = PostponedError(error.value("method", std::string(nextSentence)), error);
+        const bool failedAtMore = error.value("method", json()) == json(moreSentences);
+        error_ = PostponedError(std::string(failedAtMore ? moreSentences : nextSentence), error);
         return;
     }
     const bool told = result["more"].is_boolean();
