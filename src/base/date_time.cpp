@@ -213,12 +213,17 @@ std::optional<DateTime> parseSlashes(std::string_view text) {
 }  // namespace
 
 std::optional<DateTime> DateTime::fromCivil(const CivilTime& parts) {
+    // The calendar's own types are a byte wide and would take a day 257 for the first.
+    if (parts.year < 100 || parts.year > 9999 || parts.month < 1 || parts.month > 12 || parts.day < 1 ||
+        parts.day > 31) {
+        return std::nullopt;
+    }
     const std::chrono::year_month_day date{std::chrono::year{parts.year},
                                            std::chrono::month{static_cast<unsigned>(parts.month)},
                                            std::chrono::day{static_cast<unsigned>(parts.day)}};
     const bool timeIsValid = parts.hour >= 0 && parts.hour < 24 && parts.minute >= 0 && parts.minute < 60 &&
                              parts.second >= 0 && parts.second < 60;
-    if (parts.year < 100 || parts.year > 9999 || !date.ok() || !timeIsValid) {
+    if (!date.ok() || !timeIsValid) {
         return std::nullopt;
     }
     const std::int64_t day = (sys_days{date} - zeroDay).count();

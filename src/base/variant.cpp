@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <system_error>
 
 #include "base/checked.h"
 #include "base/runtime_error.h"
@@ -29,6 +30,23 @@ struct Overloaded : Visitors... {
 template <class... Visitors>
 Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
+/// std::errc() with the number, result_out_of_range where no double holds it, invalid_argument for what is no
+/// number.
+std::errc readNumber(std::string_view text, double& number) {
+    text = trim(text);
+    if (text.starts_with('+') && !text.starts_with("+-")) {
+        text.remove_prefix(1);
+    }
+    // from_chars also reads "inf" and "nan", which are no numbers here.
+    const std::size_t digit = text.find_first_of("0123456789");
+    if (digit == std::string_view::npos ||
+        text.find_first_not_of("0123456789.eE+-") != std::string_view::npos) {
+        return std::errc::invalid_argument;
+    }
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return end == text.data() + text.size() ? error : std::errc::invalid_argument;
+}
+
 double textToDouble(const std::string& text) {
     double number = 0;
     if (!parseNumber(text, number)) {
@@ -40,20 +58,7 @@ double textToDouble(const std::string& text) {
 }  // namespace
 
 bool parseNumber(std::string_view text, double& number) {
-    text = trim(text);
-    if (text.starts_with('+') && !text.starts_with("+-")) {
-        text.remove_prefix(1);
-    }
-    // from_chars also reads "inf" and "nan", which are no numbers here.
-    const std::size_t digit = text.find_first_of("0123456789");
-    if (digit == std::string_view::npos ||
-        text.find_first_not_of("0123456789.eE+-") != std::string_view::npos) {
-        return false;
-    }
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (end != text.data() + text.size()) {
-        return false;
-    }
+    const std::errc error = readNumber(text, number);
     if (error == std::errc::result_out_of_range) {
         throw RuntimeError(ErrorNumber::overflow, "Overflow");
     }
@@ -70,7 +75,7 @@ bool Variant::isNumeric() const {
     return std::visit(Overloaded{[](Null) { return false; }, [](DateTime) { return false; },
                                  [](const std::string& text) {
                                      double number = 0;
-                                     return parseNumber(text, number);
+                                     return readNumber(text, number) == std::errc();
                                  },
                                  [](auto) { return true; }},
                       value_);

@@ -35,7 +35,8 @@ class Variant {
     [[nodiscard]] bool isEmpty() const { return std::holds_alternative<std::monostate>(value_); }
     [[nodiscard]] bool isNull() const { return std::holds_alternative<Null>(value_); }
 
-    /// A number, a boolean, an empty value, or a text that reads as a number. A date is none.
+    /// A number, a boolean, an empty value, or a text that reads as a number. A date is none, and neither is
+    /// a text whose number no double holds.
     [[nodiscard]] bool isNumeric() const;
 
     /// A date, or a text that reads as one.
@@ -57,7 +58,7 @@ class Variant {
 };
 
 /// Reads a whole text as a number: blanks around it, a sign, digits, a decimal point and an exponent are
-/// allowed. False when it is none.
+/// allowed. False when it is none; raises Overflow for one that no double holds.
 [[nodiscard]] bool parseNumber(std::string_view text, double& number);
 
 /// The number as a text that reads back as the same number, without a fraction where there is none.

@@ -11,6 +11,8 @@ namespace infra {
 class Services {
   public:
     explicit Services(const platform::System& parts);
+    Services(const Services&) = delete;
+    Services& operator=(const Services&) = delete;
 
     platform::System system;
     tysRegistry registry;

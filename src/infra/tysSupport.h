@@ -46,11 +46,15 @@ class tysSupport {
     std::string getMappedDrivePath(std::string_view networkPath);
 
   private:
+    /// False when it is being read already.
+    bool readLogFilePath();
+
     tysRegistry& registry_;
     platform::FileSystem& files_;
     platform::Clock& clock_;
     platform::Drives& drives_;
     std::string logFilePath_;
+    bool readingLogFilePath_ = false;
     bool levelsLoaded_ = false;
     std::array<bool, 6> levelIsOn_{};  // by level; 0 is not used
 };

@@ -1,0 +1,56 @@
+#include "text/text_document.h"
+
+#include <string_view>
+#include <utility>
+
+#include "base/text.h"
+#include "shared/charset.h"
+#include "shared/files.h"
+#include "shared/sentences.h"
+#include "text/markdown.h"
+
+namespace text {
+namespace {
+
+bool isMarkdown(std::string_view path) {
+    const std::size_t dot = path.rfind('.');
+    if (dot == std::string_view::npos) {
+        return false;
+    }
+    const std::string_view extension = path.substr(dot + 1);
+    return base::equalsIgnoringCase(extension, "md") || base::equalsIgnoringCase(extension, "markdown");
+}
+
+void refuseBinary(const std::string& path, std::string_view bytes) {
+    if (shared::looksBinary(bytes)) {
+        throw shared::openError(shared::OpenError::isNotThatFormat, path, "this is binary data, not text");
+    }
+}
+
+}  // namespace
+
+sdk::Document readTextDocument(const std::string& path, std::size_t mostSentences) {
+    const shared::InputFile file(path);
+    refuseBinary(path, file.head(shared::binarySample));
+    std::string bytes = file.readAll();
+    refuseBinary(path, bytes);
+    const std::string content = shared::toUtf8(std::move(bytes));
+
+    sdk::Document document;
+    shared::setFileProperties(document, file);
+    shared::SentenceCollector sentences(mostSentences);
+    if (isMarkdown(path)) {
+        for (std::string& heading : addMarkdown(sentences, content, mostHeadings)) {
+            document.importantText.push_back({std::move(heading), "heading"});
+        }
+        if (!document.importantText.empty()) {
+            document.properties["title"] = document.importantText.front().text;
+        }
+    } else {
+        shared::addPlainText(sentences, content);
+    }
+    document.sentences = sentences.take();
+    return document;
+}
+
+}  // namespace text

@@ -1,0 +1,11 @@
+#include "platform/posix/system_error.h"
+
+#include <system_error>
+
+namespace platform::posix {
+
+base::RuntimeError systemError(int error, const std::string& what) {
+    return {error, what + ": " + std::generic_category().message(error)};
+}
+
+}  // namespace platform::posix

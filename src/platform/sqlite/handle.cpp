@@ -1,0 +1,201 @@
+#include "platform/sqlite/handle.h"
+
+#include <sqlite3.h>
+
+#include <limits>
+#include <utility>
+
+#include "base/runtime_error.h"
+#include "platform/sqlite/sqlite_error.h"
+
+namespace platform::sqlite {
+namespace {
+
+// The service has some sixty shapes; more come only from an operator's own statements.
+constexpr std::size_t mostShapes = 512;
+
+const jet::Dialect dialect{"1", "0", [](std::size_t number) { return "?" + std::to_string(number); }, false};
+
+sqlite3* openFile(const std::string& path) {
+    sqlite3* database = nullptr;
+    const int code =
+        sqlite3_open_v2(path.c_str(), &database,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    if (code != SQLITE_OK) {
+        try {
+            raiseError(database, code, "Opening the library \"" + path + "\"");
+        } catch (...) {
+            sqlite3_close_v2(database);
+            throw;
+        }
+    }
+    return database;
+}
+
+}  // namespace
+
+void Handle::Closer::operator()(sqlite3* database) const {
+    sqlite3_close_v2(database);
+}
+
+Handle::Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared)
+    : file_(path), database_(openFile(path)), catalog_(database_.get()), prepared_(prepared) {
+    file_.checkContent(database_.get());
+    openDatabase(options);
+    checkIsLibrary();
+}
+
+Handle::~Handle() {
+    forgetIdleShapes();
+}
+
+void Handle::openDatabase(const HandleOptions& options) {
+    if (sqlite3_db_readonly(database_.get(), "main") != 0) {
+        throw base::RuntimeError(base::ErrorNumber::databaseError,
+                                 "The library \"" + path() + "\" cannot be written; allow it to this user");
+    }
+    sqlite3_busy_timeout(database_.get(), static_cast<int>(options.busyTimeout.count()));
+    run("PRAGMA journal_mode = WAL");
+    run("PRAGMA synchronous = NORMAL");
+    run("PRAGMA temp_store = MEMORY");
+    run(("PRAGMA cache_size = -" + std::to_string(options.cacheKibibytes)).c_str());
+    schemaVersion_ = pragmaNumber("PRAGMA schema_version");
+}
+
+void Handle::checkIsLibrary() {
+    if (catalog_.table("file_index_queue") == nullptr) {
+        throw base::RuntimeError(
+            base::ErrorNumber::databaseError,
+            "The file \"" + path() +
+                "\" is no library: it has no table file_index_queue; correct DataBasePath");
+    }
+}
+
+void Handle::refresh() {
+    checkFile();
+    const std::int64_t version = pragmaNumber("PRAGMA schema_version");
+    if (version != schemaVersion_) {
+        forgetIdleShapes();
+        catalog_.forget();
+        schemaVersion_ = version;
+    }
+    checkIsLibrary();
+}
+
+void Handle::run(const char* sql) {
+    const int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK) {
+        raiseError(database_.get(), code, "Opening the library \"" + path() + "\"", sql);
+    }
+}
+
+std::int64_t Handle::pragmaNumber(const char* pragma) {
+    Statement statement = prepare(pragma, 0, Texts::stay);
+    if (!statement.step(pragma)) {
+        return 0;
+    }
+    return statement.row(*statement.columns()).at(0).toInt32();
+}
+
+Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts texts) {
+    lexed_.read(text);
+    PreparedShape& shape = shapeOf(text);
+    sqlite3_stmt* prepared = nullptr;
+    if (shape.idle.empty()) {
+        shape.idle.reserve(shape.inUse + 1);  // giving it back must not fail
+        prepared = compile(shape.translation, text);
+    } else {
+        prepared = shape.idle.back();
+        shape.idle.pop_back();
+    }
+    ++shape.inUse;
+    Statement statement(database_.get(), shape, prepared);
+    statement.bind(lexed_, identity, texts, text);
+    return statement;
+}
+
+PreparedShape& Handle::shapeOf(std::string_view text) {
+    const auto known = shapes_.find(std::string_view(lexed_.shape()));
+    if (known != shapes_.end()) {
+        return known->second;
+    }
+    PreparedShape shape;
+    if (lexed_.isTranslatable()) {
+        shape.translation = jet::translate(lexed_, dialect, catalog_);
+    } else {
+        shape.translation.text = lexed_.shape();
+        catalog_.forget();  // the statement may change a table
+    }
+    // A statement that does not compile leaves no shape behind.
+    shape.idle.reserve(1);
+    if (shapes_.size() >= mostShapes) {
+        forgetIdleShapes();
+    }
+    sqlite3_stmt* prepared = compile(shape.translation, text);
+    PreparedShape& kept = shapes_.emplace(lexed_.shape(), std::move(shape)).first->second;
+    kept.idle.push_back(prepared);
+    return kept;
+}
+
+sqlite3_stmt* Handle::compile(const jet::Translation& translation, std::string_view text) {
+    const std::string& sql = translation.text;
+    if (sql.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        raiseError(database_.get(), SQLITE_TOOBIG, "Reading a statement", text);
+    }
+    sqlite3_stmt* prepared = nullptr;
+    const char* rest = nullptr;
+    const int code = sqlite3_prepare_v3(database_.get(), sql.data(), static_cast<int>(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT, &prepared, &rest);
+    if (code != SQLITE_OK) {
+        raiseCompileError(code, translation, text);
+    }
+    const std::string_view unread(rest, static_cast<std::size_t>(sql.data() + sql.size() - rest));
+    if (prepared == nullptr || unread.find_first_not_of(" \t\r\n;") != std::string_view::npos) {
+        sqlite3_finalize(prepared);
+        throw base::RuntimeError(base::ErrorNumber::databaseError,
+                                 "Not exactly one statement: " + shortened(text));
+    }
+    ++prepared_;
+    return prepared;
+}
+
+void Handle::raiseCompileError(int code, const jet::Translation& translation, std::string_view text) {
+    const int offset = sqlite3_error_offset(database_.get());
+    if (offset < 0 || !lexed_.isTranslatable()) {
+        raiseError(database_.get(), code, "Reading a statement", text);
+    }
+    lexed_.raiseAt(sqlite3_errmsg(database_.get()),
+                   translation.shapePosition(static_cast<std::size_t>(offset)));
+}
+
+void Handle::finalise(PreparedShape& shape) {
+    for (sqlite3_stmt* prepared : shape.idle) {
+        sqlite3_finalize(prepared);
+    }
+    shape.idle.clear();
+}
+
+void Handle::forgetIdleShapes() {
+    for (auto shape = shapes_.begin(); shape != shapes_.end();) {
+        if (shape->second.inUse > 0) {
+            ++shape;
+        } else {
+            finalise(shape->second);
+            shape = shapes_.erase(shape);
+        }
+    }
+}
+
+bool Handle::isInTransaction() const {
+    return sqlite3_get_autocommit(database_.get()) == 0;
+}
+
+std::int64_t Handle::changedRows() const {
+    return sqlite3_changes64(database_.get());
+}
+
+std::int64_t Handle::lastRowKey() const {
+    return sqlite3_last_insert_rowid(database_.get());
+}
+
+}  // namespace platform::sqlite

@@ -1,0 +1,85 @@
+// A Handle is what lies under a connection: the open file with its page cache and its prepared statements.
+// A connection owns one while it is open; between two connections the engine's pool keeps it warm.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "platform/jet/lexer.h"
+#include "platform/sqlite/library_file.h"
+#include "platform/sqlite/statement.h"
+#include "platform/sqlite/table_catalog.h"
+
+struct sqlite3;
+
+namespace platform::sqlite {
+
+struct HandleOptions {
+    /// How long a statement waits for another connection's lock.
+    std::chrono::milliseconds busyTimeout{30000};
+    int cacheKibibytes = 65536;
+};
+
+class Handle {
+  public:
+    /// Opens a library. Raises a RuntimeError when there is none at the path. `prepared` counts the
+    /// statements that are prepared and must outlive the handle.
+    Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared);
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle();
+
+    [[nodiscard]] const std::string& path() const { return file_.path(); }
+
+    /// Raises a RuntimeError when the file at the path is no longer the one that is open here.
+    void checkFile() { file_.checkSame(database_.get()); }
+
+    /// Readies a warm handle for a new connection: what other programs changed in the tables meanwhile is
+    /// forgotten. Raises a RuntimeError when the file can no longer be used.
+    void refresh();
+
+    /// A statement ready to run.
+    Statement prepare(std::string_view text, std::int32_t identity, Texts texts);
+
+    [[nodiscard]] bool isInTransaction() const;
+
+    /// Rows that the last INSERT, UPDATE or DELETE changed, and the key of the last row inserted.
+    [[nodiscard]] std::int64_t changedRows() const;
+    [[nodiscard]] std::int64_t lastRowKey() const;
+
+  private:
+    struct Closer {
+        void operator()(sqlite3* database) const;
+    };
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+    using Shapes = std::unordered_map<std::string, PreparedShape, Hash, std::equal_to<>>;
+
+    void openDatabase(const HandleOptions& options);
+    void checkIsLibrary();
+    std::int64_t pragmaNumber(const char* pragma);
+    void run(const char* sql);
+    PreparedShape& shapeOf(std::string_view text);
+    sqlite3_stmt* compile(const jet::Translation& translation, std::string_view text);
+    [[noreturn]] void raiseCompileError(int code, const jet::Translation& translation, std::string_view text);
+    void forgetIdleShapes();
+    static void finalise(PreparedShape& shape);
+
+    LibraryFile file_;
+    std::unique_ptr<sqlite3, Closer> database_;
+    TableCatalog catalog_;
+    std::atomic<std::size_t>& prepared_;
+    jet::LexedStatement lexed_;
+    Shapes shapes_;
+    std::int64_t schemaVersion_ = 0;
+};
+
+}  // namespace platform::sqlite

@@ -1,0 +1,39 @@
+// A LibraryFile watches whether the file at a library's path is still the one that was opened. Each handle
+// owns one. It looks at the file's name only: opening the file a second time and closing it would drop
+// SQLite's locks on it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct sqlite3;
+
+namespace platform::sqlite {
+
+class LibraryFile {
+  public:
+    /// Raises a RuntimeError when there is no file at the path, or one that cannot be a library.
+    explicit LibraryFile(std::string path);
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+
+    /// Raises a RuntimeError when what the handle has open is no SQLite file or ends before its last page.
+    void checkContent(sqlite3* database);
+
+    /// Raises a RuntimeError when the file at the path is gone, is another one, or has lost its end.
+    void checkSame(sqlite3* database);
+
+  private:
+    struct Status {
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+        std::int64_t size = 0;
+    };
+    [[nodiscard]] Status status() const;
+    [[noreturn]] void fail(const std::string& what) const;
+
+    std::string path_;
+    Status seen_;
+};
+
+}  // namespace platform::sqlite

@@ -1,0 +1,142 @@
+#include "platform/sqlite/sqlite_connection.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "base/checked.h"
+#include "base/runtime_error.h"
+#include "platform/sqlite/sqlite_error.h"
+#include "platform/sqlite/sqlite_recordset.h"
+
+namespace platform::sqlite {
+namespace {
+
+constexpr int objectIsClosed = 3704;
+
+[[noreturn]] void fail(const std::string& description) {
+    throw base::RuntimeError(base::ErrorNumber::databaseError, description);
+}
+
+}  // namespace
+
+SqliteConnection::SqliteConnection(std::shared_ptr<HandlePool> pool, std::unique_ptr<Handle> handle)
+    : pool_(std::move(pool)), handle_(std::move(handle)) {}
+
+SqliteConnection::~SqliteConnection() {
+    release();
+}
+
+Handle& SqliteConnection::handle() {
+    if (handle_ == nullptr) {
+        throw base::RuntimeError(objectIsClosed, "Operation is not allowed when the connection is closed");
+    }
+    return *handle_;
+}
+
+void SqliteConnection::execute(std::string_view statement, int /*options*/) {
+    Handle& open = handle();
+    trace(statement);
+    settleRecordsets();
+    if (!open.isInTransaction()) {
+        open.checkFile();
+    }
+    Statement prepared = open.prepare(statement, identity_, Texts::stay);
+    prepared.step(statement);
+    if (prepared.translation().givesAutoNumber && open.changedRows() > 0) {
+        identity_ = base::narrow32(open.lastRowKey());
+    }
+}
+
+std::unique_ptr<Recordset> SqliteConnection::query(std::string_view statement, int options) {
+    auto recordset = std::make_unique<SqliteRecordset>();
+    recordset->open(statement, *this, CursorType::forwardOnly, LockType::readOnly, options);
+    return recordset;
+}
+
+Statement SqliteConnection::prepareQuery(std::string_view statement) {
+    Handle& open = handle();
+    if (!open.isInTransaction()) {
+        open.checkFile();
+    }
+    Statement prepared = open.prepare(statement, identity_, Texts::vanish);
+    if (!prepared.isQuery()) {
+        fail("The statement gives no rows, so that no recordset can be opened on it: " +
+             shortened(statement));
+    }
+    return prepared;
+}
+
+void SqliteConnection::beginTrans() {
+    Handle& open = handle();
+    trace("BEGIN TRANSACTION");
+    if (open.isInTransaction()) {
+        fail("A transaction is already open on this connection; commit it or roll it back first");
+    }
+    settleRecordsets();
+    open.checkFile();
+    // The write lock at once: a transaction that read first could meet rows that another connection has
+    // changed since, and would then fail in its middle.
+    runControl("BEGIN IMMEDIATE");
+}
+
+void SqliteConnection::commitTrans() {
+    endTransaction("COMMIT TRANSACTION", "COMMIT");
+}
+
+void SqliteConnection::rollbackTrans() {
+    endTransaction("ROLLBACK TRANSACTION", "ROLLBACK");
+}
+
+void SqliteConnection::endTransaction(std::string_view traced, std::string_view statement) {
+    Handle& open = handle();
+    trace(traced);
+    if (!open.isInTransaction()) {
+        fail("No transaction is open on this connection");
+    }
+    settleRecordsets();
+    runControl(statement);
+}
+
+void SqliteConnection::runControl(std::string_view statement) {
+    handle().prepare(statement, 0, Texts::stay).step(statement);
+}
+
+void SqliteConnection::close() {
+    static_cast<void>(handle());
+    release();
+}
+
+void SqliteConnection::release() noexcept {
+    if (handle_ == nullptr) {
+        return;
+    }
+    for (SqliteRecordset* recordset : std::exchange(recordsets_, {})) {
+        recordset->connectionClosed();
+    }
+    try {
+        if (handle_->isInTransaction()) {
+            trace("ROLLBACK TRANSACTION");
+            runControl("ROLLBACK");
+        }
+        pool_->giveBack(std::move(handle_));
+    } catch (const std::exception&) {
+        handle_.reset();  // closing the file rolls back as well
+    }
+}
+
+void SqliteConnection::attach(SqliteRecordset& recordset) {
+    recordsets_.push_back(&recordset);
+}
+
+void SqliteConnection::detach(SqliteRecordset& recordset) noexcept {
+    std::erase(recordsets_, &recordset);
+}
+
+void SqliteConnection::settleRecordsets() {
+    for (SqliteRecordset* recordset : recordsets_) {
+        recordset->settle();
+    }
+}
+
+}  // namespace platform::sqlite

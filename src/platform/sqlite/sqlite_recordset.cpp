@@ -1,0 +1,164 @@
+#include "platform/sqlite/sqlite_recordset.h"
+
+#include <utility>
+
+#include "base/runtime_error.h"
+#include "base/text.h"
+#include "platform/sqlite/sqlite_connection.h"
+
+namespace platform::sqlite {
+namespace {
+
+// ADO's numbers.
+constexpr int objectIsClosed = 3704;
+constexpr int objectIsOpen = 3705;
+constexpr int itemNotFound = 3265;
+
+}  // namespace
+
+SqliteRecordset::~SqliteRecordset() {
+    clear();
+}
+
+void SqliteRecordset::open(std::string_view statement, Connection& connection, CursorType cursor,
+                           LockType /*lock*/, int /*options*/) {
+    if (connection_ != nullptr) {
+        throw base::RuntimeError(objectIsOpen, "Operation is not allowed when the recordset is open");
+    }
+    auto* opened = dynamic_cast<SqliteConnection*>(&connection);
+    if (opened == nullptr) {
+        throw base::RuntimeError(base::ErrorNumber::invalidProcedureCall,
+                                 "A recordset can be opened on a connection of its own engine only");
+    }
+    opened->trace(statement);
+    statement_ = statement;
+    connection_ = opened;
+    connection_->attach(*this);
+    try {
+        live_ = connection_->prepareQuery(statement_);
+        columns_ = nullptr;
+        if (cursor == CursorType::forwardOnly && !live_->translation().readsIdentity) {
+            runForward();
+        } else {
+            runFixed();
+        }
+    } catch (...) {
+        clear();
+        throw;
+    }
+}
+
+void SqliteRecordset::runFixed() {
+    takeLiveRow();
+    settle();
+}
+
+/// Stands on the first row and has nothing open: other connections may write and tidy up meanwhile.
+void SqliteRecordset::runForward() {
+    takeLiveRow();
+    live_.reset();
+    mustRunAgain_ = !eof_;
+}
+
+void SqliteRecordset::runAgain() {
+    mustRunAgain_ = false;
+    const Row delivered = std::move(row_);
+    live_ = connection_->prepareQuery(statement_);
+    takeLiveRow();
+    if (!eof_ && row_ == delivered) {
+        takeLiveRow();
+    }
+}
+
+void SqliteRecordset::takeLiveRow() {
+    eof_ = !live_->step(statement_);
+    if (eof_) {
+        live_.reset();
+        return;
+    }
+    columns_ = live_->columns();
+    row_ = live_->row(*columns_);
+}
+
+void SqliteRecordset::settle() {
+    if (!live_) {
+        return;
+    }
+    rows_.clear();
+    next_ = 0;
+    while (live_->step(statement_)) {
+        rows_.push_back(live_->row(*columns_));
+    }
+    live_.reset();
+}
+
+bool SqliteRecordset::eof() {
+    requireOpen();
+    return eof_;
+}
+
+base::Variant SqliteRecordset::field(std::string_view name) {
+    requireOpen();
+    requireRow();
+    for (std::size_t i = 0; i < columns_->names.size(); ++i) {
+        if (base::equalsIgnoringCase(columns_->names[i], name)) {
+            return row_[i];
+        }
+    }
+    throw base::RuntimeError(
+        itemNotFound,
+        "Item cannot be found in the collection corresponding to the requested name or ordinal: " +
+            std::string(name));
+}
+
+void SqliteRecordset::moveNext() {
+    requireOpen();
+    requireRow();
+    if (mustRunAgain_) {
+        runAgain();
+    } else if (live_) {
+        takeLiveRow();
+    } else if (next_ < rows_.size()) {
+        row_ = std::move(rows_[next_++]);
+    } else {
+        eof_ = true;
+        rows_.clear();
+        next_ = 0;
+    }
+}
+
+void SqliteRecordset::close() {
+    requireOpen();
+    clear();
+}
+
+void SqliteRecordset::connectionClosed() noexcept {
+    connection_ = nullptr;
+    clear();
+}
+
+void SqliteRecordset::clear() noexcept {
+    live_.reset();
+    if (connection_ != nullptr) {
+        std::exchange(connection_, nullptr)->detach(*this);
+    }
+    mustRunAgain_ = false;
+    eof_ = true;
+    rows_.clear();
+    next_ = 0;
+}
+
+void SqliteRecordset::requireOpen() const {
+    if (connection_ == nullptr) {
+        throw base::RuntimeError(objectIsClosed, "Operation is not allowed when the recordset is closed");
+    }
+}
+
+void SqliteRecordset::requireRow() const {
+    if (eof_) {
+        throw base::RuntimeError(base::ErrorNumber::noCurrentRecord,
+                                 "No current record: the recordset is behind its last row");
+    }
+}
+
+}  // namespace platform::sqlite

@@ -1,0 +1,157 @@
+#include "platform/sqlite/statement.h"
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <limits>
+#include <utility>
+#include <variant>
+
+#include "platform/jet/parameter_value.h"
+#include "platform/sqlite/sqlite_error.h"
+#include "platform/sqlite/table_catalog.h"
+
+namespace platform::sqlite {
+namespace {
+
+/// Binds one value to the parameter of a number from 1.
+struct Binder {
+    sqlite3_stmt* statement;
+    int number;
+    Texts texts;
+
+    int operator()(std::int64_t value) const { return sqlite3_bind_int64(statement, number, value); }
+    int operator()(double value) const { return sqlite3_bind_double(statement, number, value); }
+    int operator()(std::string_view value) const {
+        return text(value, texts == Texts::stay ? SQLITE_STATIC : SQLITE_TRANSIENT);
+    }
+    int operator()(const std::string& value) const { return text(value, SQLITE_TRANSIENT); }
+
+    [[nodiscard]] int text(std::string_view value, sqlite3_destructor_type destructor) const {
+        // A null pointer would store null in place of an empty text.
+        const char* data = value.data() == nullptr ? "" : value.data();
+        return sqlite3_bind_text64(statement, number, data, value.size(), destructor, SQLITE_UTF8);
+    }
+};
+
+base::Variant wholeNumber(std::int64_t value) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (value < Limits::min() || value > Limits::max()) {
+        return static_cast<double>(value);
+    }
+    return static_cast<std::int32_t>(value);
+}
+
+base::Variant byStorage(sqlite3_stmt* statement, int column) {
+    switch (sqlite3_column_type(statement, column)) {
+        case SQLITE_NULL:
+            return base::Null{};
+        case SQLITE_INTEGER:
+            return wholeNumber(sqlite3_column_int64(statement, column));
+        case SQLITE_FLOAT:
+            return sqlite3_column_double(statement, column);
+        default: {
+            const void* data = sqlite3_column_blob(statement, column);
+            const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+            return data == nullptr ? std::string() : std::string(static_cast<const char*>(data), size);
+        }
+    }
+}
+
+/// What other programs have stored in a form that the column does not have is given as it is.
+base::Variant byType(base::Variant stored, jet::ColumnType type) {
+    if (stored.isNull()) {
+        return stored;
+    }
+    if (type == jet::ColumnType::boolean && stored.isNumeric()) {
+        return stored.toBool();
+    }
+    if (type == jet::ColumnType::date && (stored.isDate() || stored.isNumeric())) {
+        return stored.toDate();
+    }
+    if (type == jet::ColumnType::text) {
+        return stored.toText();
+    }
+    return stored;
+}
+
+}  // namespace
+
+Statement::Statement(Statement&& other) noexcept
+    : database_(other.database_), shape_(other.shape_), prepared_(std::exchange(other.prepared_, nullptr)) {}
+
+Statement& Statement::operator=(Statement&& other) noexcept {
+    if (this != &other) {
+        giveBack();
+        database_ = other.database_;
+        shape_ = other.shape_;
+        prepared_ = std::exchange(other.prepared_, nullptr);
+    }
+    return *this;
+}
+
+Statement::~Statement() {
+    giveBack();
+}
+
+void Statement::giveBack() {
+    if (prepared_ != nullptr) {
+        sqlite3_reset(prepared_);  // its result tells the error of the last step once more
+        shape_->idle.push_back(std::exchange(prepared_, nullptr));
+        --shape_->inUse;
+    }
+}
+
+void Statement::bind(const jet::LexedStatement& lexed, std::int32_t identity, Texts texts,
+                     std::string_view text) {
+    int number = 0;
+    for (const jet::Parameter& parameter : shape_->translation.parameters) {
+        const Binder binder{prepared_, ++number, texts};
+        const int code = parameter.isIdentity
+                             ? binder(std::int64_t{identity})
+                             : std::visit(binder, jet::parameterValue(lexed.literals()[parameter.literal],
+                                                                      parameter.column));
+        if (code != SQLITE_OK) {
+            raiseError(database_, code, "Giving a statement its values", text);
+        }
+    }
+}
+
+bool Statement::step(std::string_view text) {
+    const int code = sqlite3_step(prepared_);
+    if (code != SQLITE_ROW && code != SQLITE_DONE) {
+        raiseError(database_, code, "Running a statement", text);
+    }
+    return code == SQLITE_ROW;
+}
+
+bool Statement::isQuery() const {
+    return sqlite3_column_count(prepared_) > 0;
+}
+
+std::shared_ptr<const ResultColumns> Statement::columns() {
+    const int reprepared = sqlite3_stmt_status(prepared_, SQLITE_STMTSTATUS_REPREPARE, 0);
+    if (shape_->columns == nullptr || shape_->columnsOfReprepare != reprepared) {
+        auto columns = std::make_shared<ResultColumns>();
+        for (int i = 0; i < sqlite3_column_count(prepared_); ++i) {
+            const char* type = sqlite3_column_decltype(prepared_, i);
+            columns->names.emplace_back(sqlite3_column_name(prepared_, i));
+            columns->types.push_back(type == nullptr ? jet::ColumnType::unknown : columnType(type));
+        }
+        shape_->columns = std::move(columns);
+        shape_->columnsOfReprepare = reprepared;
+    }
+    return shape_->columns;
+}
+
+Row Statement::row(const ResultColumns& columns) const {
+    Row row;
+    row.reserve(columns.types.size());
+    int i = 0;
+    for (const jet::ColumnType type : columns.types) {
+        row.push_back(byType(byStorage(prepared_, i++), type));
+    }
+    return row;
+}
+
+}  // namespace platform::sqlite

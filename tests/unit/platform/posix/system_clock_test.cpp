@@ -1,0 +1,32 @@
+#include "platform/posix/system_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+namespace {
+
+using platform::posix::SystemClock;
+
+TEST(SystemClock, TellsLocalTime) {
+    const auto local = [] {
+        const std::time_t moment = std::time(nullptr);
+        std::tm parts{};
+        localtime_r(&moment, &parts);
+        return *base::DateTime::fromCivil({parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday,
+                                           parts.tm_hour, parts.tm_min, parts.tm_sec});
+    };
+    const base::DateTime before = local();
+    const base::DateTime now = SystemClock().now();
+    EXPECT_LE(before, now);
+    EXPECT_LE(now, local());
+}
+
+TEST(SystemClock, ReturnsFromAPause) {
+    SystemClock clock;
+    clock.pause(std::chrono::milliseconds(0));
+    clock.pause(std::chrono::milliseconds(-5));
+    EXPECT_FALSE(clock.now().isZero());
+}
+
+}  // namespace
