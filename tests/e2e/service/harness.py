@@ -34,6 +34,8 @@ MOVED = 3
 
 USER = 7
 
+LONG_DOCUMENT = 4000  # sentences
+
 DATE = re.compile(r"\d\d [A-Z][a-z]{2} \d{4} \d\d:\d\d:\d\d")
 LOG_LINE = re.compile(r"(?:\A|(?<=\n))\d\d [A-Z][a-z]{2} \d{4} \d\d:\d\d:\d\d: ")
 
@@ -131,6 +133,15 @@ class Library:
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content if isinstance(content, bytes) else content.encode("utf-8"))
         return str(path)
+
+    def write_long_document(self, name):
+        """A document that keeps the service at work for a while; gives its path and its words."""
+        numbers = range(LONG_DOCUMENT)
+        path = self.write(name, "".join(f"Buoy b{number} swings at mile m{number}. " for number in numbers))
+        words = {"buoy": LONG_DOCUMENT, "swings": LONG_DOCUMENT, "mile": LONG_DOCUMENT}
+        for number in numbers:
+            words |= {f"b{number}": 1, f"m{number}": 1}
+        return path, words
 
     def write_plugin(self, prog_id, data_type, script):
         """A plug-in that is a shell script, for a data type of its own."""
