@@ -1,4 +1,5 @@
-"""What the tests of the running service share: a library of a test's own, the programs, and ways to look at what they left.
+"""What the tests of the running service share: a library of a test's own, the programs, and ways to look at what they
+left.
 
 The programs and plug-ins come from the environment, which ctest sets: TYINDEXER_TEST_BIN and TYINDEXER_TEST_PLUGINS.
 """
