@@ -334,8 +334,10 @@ SOUND = {
         "SELECT * FROM important_text WHERE id_document NOT IN (SELECT id FROM document_object)",
     "meta tag without a share":
         "SELECT * FROM meta_tags WHERE id_document_share NOT IN (SELECT id FROM document_share)",
+    # Rows of a document whose place another one has taken stay as they were, in pieces perhaps.
     "word that points at no sentence":
-        "SELECT * FROM word_index WHERE NOT EXISTS (SELECT 1 FROM ascii_sentences "
+        "SELECT * FROM word_index WHERE id_document_object NOT IN (SELECT id FROM document_object "
+        "WHERE location_invalid <> 0) AND NOT EXISTS (SELECT 1 FROM ascii_sentences "
         "WHERE ascii_sentences.id_document_object = word_index.id_document_object "
         "AND num_sentence = first_matching_sentence)",
 }
