@@ -43,7 +43,7 @@ void AddMetaTag(std::int32_t idDocument, std::int16_t compType, std::string_view
 
 void AddMetaTagEntries(std::string_view metaText, infra::tysDataBase& database) {
     // With several shares this is the last one's tag, which alone gets the words: that is where readers look
-    // for them.
+    // for them. A document without a share has no tag; the key is then the one given last in any table.
     const auto row = database.openRecordset("SELECT @@IDENTITY AS id_meta_tag FROM meta_tags",
                                             CursorType::fixed, LockType::optimistic);
     const std::string idTag = std::to_string(row->field("id_meta_tag").toInt32());
