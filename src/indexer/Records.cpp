@@ -53,10 +53,10 @@ void AddMetaTagEntries(std::string_view metaText, infra::tysDataBase& database) 
     for (const std::string_view piece : base::split(normalised, ' ')) {
         const std::string word = database.sanitise(base::trim(piece));
         if (!word.empty()) {
-            database.getConnection()->execute(
-                "Insert into metatag_entry(id_meta_tags, id_root_word,pos)  Select " + idTag +
-                ",root_word.id," + std::to_string(position) + " from root_word where root_word.word='" +
-                word + "'");
+            std::string statement = "Insert into metatag_entry(id_meta_tags, id_root_word,pos)  Select ";
+            statement.append(idTag).append(",root_word.id,").append(std::to_string(position));
+            statement.append(" from root_word where root_word.word='").append(word).append("'");
+            database.getConnection()->execute(statement);
             position = base::add16(position, 1);
         }
     }
