@@ -112,9 +112,12 @@ std::string AttachmentFiles::add(const std::string& name, const std::string& mim
     int descriptor = -1;
     // Names repeat, within a message and among those of one second: the file that is there is never touched.
     while (descriptor < 0) {
-        const std::string number = used == 0 ? "" : "~" + std::to_string(used);
+        std::string file = base;
+        if (used > 0) {
+            file.append("~").append(std::to_string(used));
+        }
         ++used;
-        path = (folder / (base + number + ending)).string();
+        path = (folder / file.append(ending)).string();
         descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (descriptor < 0 && errno != EEXIST) {
             throw writeError(path, errno);

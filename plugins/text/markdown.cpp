@@ -130,7 +130,11 @@ class MarkdownReader {
     }
 
     void readContent(std::string_view content) {
-        if (content.empty() || isTableRule(content)) {
+        const bool isHeadingRule = consistsOf(content, '=') || consistsOf(content, '-');
+        if (isHeadingRule && !paragraph_.empty() && !inItem_) {
+            endHeading();
+        } else if (content.empty() || isTableRule(content) || isThematicBreak(content) ||
+                   isLinkDefinition(content)) {
             endParagraph();
         } else if (const std::size_t length = fenceLength(content)) {
             endParagraph();
@@ -140,11 +144,6 @@ class MarkdownReader {
             endParagraph();
             paragraph_ = withoutClosingMarks(trimmed(content.substr(level)));
             endHeading();
-        } else if (!paragraph_.empty() && !inItem_ &&
-                   (consistsOf(content, '=') || consistsOf(content, '-'))) {
-            endHeading();
-        } else if (isThematicBreak(content) || isLinkDefinition(content)) {
-            endParagraph();
         } else if (content[0] == '|') {
             endParagraph();
             addRow(content);

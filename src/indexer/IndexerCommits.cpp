@@ -48,9 +48,10 @@ void Indexer::insertWord(const std::string& statement, const WordIndexEntry& ent
         services_.support.WriteLog("Indexer.CommitWords - Resynchronising Caches", LogLevel::interest);
         database.getConnection()->commitTrans();
         LoadCaches(database);
+        // Waits while no transaction is open, so that whoever can mend the fault finds the library unlocked.
+        services_.system.clock.pause(infra::retryPause);
         database.getConnection()->beginTrans();
         services_.support.WriteLog("Indexer.CommitWords - Caches Resynchronised", LogLevel::interest);
-        services_.system.clock.pause(infra::retryPause);
     }
 }
 

@@ -1,0 +1,151 @@
+// tyindexerd: the indexing service without a screen. This file picks one of each part of the system and hands
+// them to the control window; the rest is the window's.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <string>
+
+#include "app/Main.h"
+#include "app/poll_interval.h"
+#include "app/statement_trace.h"
+#include "indexer/Indexer.h"
+#include "infra/Services.h"
+#include "platform/headless/headless_toolkit.h"
+#include "platform/headless/signal_waiter.h"
+#include "platform/posix/no_drives.h"
+#include "platform/posix/plugins/plugin_factory.h"
+#include "platform/posix/posix_files.h"
+#include "platform/posix/posix_process.h"
+#include "platform/posix/settings_file.h"
+#include "platform/posix/system_clock.h"
+#include "platform/sqlite/sqlite_engine.h"
+
+namespace {
+
+struct Options {
+    bool untilIdle = false;
+    std::string pollInterval;  // empty: as the settings say
+    std::string traceFile;     // empty: no trace
+};
+
+void printError(std::string_view text) {
+    std::string line(text);
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    std::cerr << "tyindexerd: " << line << std::endl;
+}
+
+/// The service with everything that it runs on.
+class Daemon {
+  public:
+    explicit Daemon(const Options& options) : options_(options), trace_(options.traceFile, printError) {
+        if (trace_.isOn()) {
+            database_.setTrace([this](std::string_view statement) { trace_.write(statement); });
+        }
+        window_.onStartUpError(
+            [](std::string_view error) { printError("The service could not start: " + std::string(error)); });
+        if (options_.untilIdle) {
+            window_.onCycleEnd([this](app::CycleOutcome outcome) {
+                if (outcome == app::CycleOutcome::nothingToDo) {
+                    toolkit_.click("cmdExit");
+                }
+            });
+        }
+    }
+
+    void run() {
+        window_.start();
+        if (!options_.pollInterval.empty()) {
+            toolkit_.typeText("txtPollInterval", options_.pollInterval);
+        }
+        toolkit_.run();
+    }
+
+  private:
+    /// Read for each document, so that a change holds from the next one on.
+    std::chrono::milliseconds pluginCallLimit() {
+        return std::chrono::seconds(services_.registry.GetSettingLong(
+            platform::RootKey::currentUser, infra::indexerKey, "PluginTimeoutSeconds", 0));
+    }
+
+    Options options_;
+    app::StatementTrace trace_;
+    platform::posix::SettingsFile settings_{platform::posix::settingsPath()};
+    platform::posix::PosixProcess process_;
+    platform::posix::PosixFiles files_;
+    platform::posix::NoDrives drives_;
+    platform::posix::SystemClock clock_;
+    platform::SqliteEngine database_;
+    platform::posix::PluginFactory plugins_{platform::posix::pluginFolders(process_.programDirectory()),
+                                            [this] { return pluginCallLimit(); }};
+    platform::headless::SignalWaiter waiter_;
+    platform::headless::HeadlessToolkit toolkit_{waiter_};
+    infra::Services services_{
+        platform::System{settings_, database_, plugins_, toolkit_, files_, process_, drives_, clock_}};
+    indexer::Indexer indexer_{services_};
+    app::Main window_{services_, [this](std::int32_t id) { return indexer_.DoIndex(id); }};
+};
+
+/// What is wrong with a poll interval; empty for a good one.
+std::string checkPollInterval(const std::string& text) {
+    try {
+        const double seconds = app::pollSeconds(text);
+        if (seconds == 0 || app::pollMilliseconds(seconds)) {
+            return {};
+        }
+        return "must be between 0.001 and 65.535 seconds, not " + text;
+    } catch (const std::exception&) {
+        return "\"" + text + "\" is not a number; give seconds, such as 0.5";
+    }
+}
+
+void describe(CLI::App& program, Options& options) {
+    program.set_version_flag("--version", "tyindexerd " TYINDEXER_VERSION);
+    program.add_flag("--until-idle", options.untilIdle,
+                     "Exit when the queue has been looked at and holds no entry to claim");
+    program
+        .add_option("--poll-interval", options.pollInterval,
+                    "Seconds between two looks at the queue, saved like an interval typed into the window")
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(checkPollInterval, ""));
+    program
+        .add_option("--trace-sql", options.traceFile,
+                    "Append each statement to this file before it runs, one a line; a statement with line "
+                    "breaks stands between empty lines")
+        ->type_name("FILE");
+    program.footer(
+        "The settings are those of the user, or of the file that $TYINDEXER_SETTINGS names; plug-ins come "
+        "from\n"
+        "the folders in $TYINDEXER_PLUGINS, then from the installed one. SIGTERM and SIGINT end the service\n"
+        "after the document in work.\n\n"
+        "Exit status: 0 stopped, or ended to be started again after MaxDocsBeforeRestart documents; 1 the\n"
+        "start, the database or an argument failed; 2 the records of a document could not be set up.");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr int stopped = static_cast<int>(platform::ExitStatus::stopped);
+    constexpr int failed = static_cast<int>(platform::ExitStatus::failed);
+    try {
+        CLI::App program("Indexes the documents that the queue of a document library names.", "tyindexerd");
+        program.failure_message(CLI::FailureMessage::simple);
+        Options options;
+        describe(program, options);
+        try {
+            program.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return program.exit(error) == 0 ? stopped : failed;
+        }
+        // Whoever reads the messages may go away; that must not end the service.
+        std::signal(SIGPIPE, SIG_IGN);
+        Daemon(options).run();
+        return stopped;
+    } catch (const std::exception& error) {
+        printError(error.what());
+        return failed;
+    }
+}

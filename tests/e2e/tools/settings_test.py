@@ -1,0 +1,92 @@
+"""tyctl settings, on a settings file of the test's own."""
+import unittest
+
+from tyctl_harness import TyctlTest
+
+
+class SettingsTest(TyctlTest):
+    def set(self, *arguments):
+        self.tyctl("settings", "set", *arguments)
+
+    def get(self, name):
+        return self.tyctl("settings", "get", name).stdout.rstrip("\n")
+
+    def test_a_known_number_is_stored_as_a_number(self):
+        self.set("Indexer/PollInterval", "5")
+        self.assertEqual(self.get("Indexer\\PollInterval"), "5")
+        self.assertIn("service\\Indexer\\PollInterval = 5  (number)", self.tyctl("settings", "list").stdout)
+
+    def test_a_text_that_looks_like_a_number_stays_a_text(self):
+        self.set("Indexer\\Priority", "5")
+        self.assertIn("Priority = 5  (text)", self.tyctl("settings", "list", "Indexer").stdout)
+
+    def test_a_known_number_refuses_a_text(self):
+        failed = self.tyctl("settings", "set", "Indexer\\PollInterval", "often", status=1)
+        self.assertIn('"service\\Indexer\\PollInterval" takes a whole number of 32 bits, not "often"', failed.stderr)
+
+    def test_a_number_out_of_range_is_refused(self):
+        self.tyctl("settings", "set", "--number", "Indexer\\PollInterval", "4294967296", status=1)
+
+    def test_the_kind_can_be_said(self):
+        self.set("--expand", "DataTypes/txt/Folder", "%TEMP%")
+        self.set("--number", "DataTypes/txt/Count", "3")
+        listed = self.tyctl("settings", "list", "DataTypes").stdout
+        self.assertIn("DataTypes\\txt\\Folder = %TEMP%  (expand)", listed)
+        self.assertIn("DataTypes\\txt\\Count = 3  (number)", listed)
+
+    def test_an_unknown_setting_keeps_the_kind_that_it_has(self):
+        self.set("--number", "DataTypes/txt/Count", "3")
+        self.set("DataTypes/txt/Count", "4")
+        self.assertIn("Count = 4  (number)", self.tyctl("settings", "list").stdout)
+
+    def test_full_paths_and_short_ones_name_the_same_setting(self):
+        self.set("Software\\Orlent Corporation\\Tessaly\\Service\\DataBasePath", "/x/library.db")
+        self.assertEqual(self.get("service\\databasepath"), "/x/library.db")
+        self.assertEqual(self.get("DataBasePath"), "/x/library.db")
+
+    def test_a_deleted_setting_is_gone(self):
+        self.set("Indexer\\Priority", "low")
+        self.tyctl("settings", "delete", "Indexer\\Priority")
+        failed = self.tyctl("settings", "get", "Indexer\\Priority", status=1)
+        self.assertIn('there is no setting "service\\Indexer\\Priority"', failed.stderr)
+        self.tyctl("settings", "delete", "Indexer\\Priority", status=1)
+
+    def test_listing_an_unknown_key_says_so(self):
+        self.assertIn('there is no key "Nothing"', self.tyctl("settings", "list", "Nothing", status=1).stderr)
+
+    def test_listing_no_settings_at_all_prints_nothing(self):
+        self.assertEqual(self.tyctl("settings", "list").stdout, "")
+
+    def test_what_was_exported_can_be_imported_elsewhere(self):
+        self.set("Indexer\\PollInterval", "5")
+        self.set("Indexer\\LogFilePath", "C:\\logs\\a \"b\".log")
+        file = self.folder / "settings.reg"
+        self.tyctl("settings", "export", "-o", file)
+        before = self.tyctl("settings", "list").stdout
+        self.environment["TYINDEXER_SETTINGS"] = str(self.folder / "other.db")
+        self.assertEqual(self.tyctl("settings", "list").stdout, "")
+        self.tyctl("settings", "import", file)
+        self.assertEqual(self.tyctl("settings", "list").stdout, before)
+
+    def test_an_import_from_standard_input(self):
+        self.tyctl("settings", "import", "-", input="Windows Registry Editor Version 5.00\n\n"
+                   "[HKEY_CURRENT_USER\\software\\orlent corporation\\tessaly\\service\\Indexer]\n"
+                   "\"PollInterval\"=dword:0000000a\n")
+        self.assertEqual(self.get("Indexer\\PollInterval"), "10")
+
+    def test_an_import_that_cannot_be_understood_changes_nothing(self):
+        self.set("Indexer\\PollInterval", "5")
+        failed = self.tyctl("settings", "import", "-", status=1, input="Windows Registry Editor Version 5.00\n\n"
+                            "[HKEY_CURRENT_USER\\software\\orlent corporation\\tessaly\\service\\Indexer]\n"
+                            "\"PollInterval\"=dword:0000000a\nnonsense\n")
+        self.assertIn("line 5", failed.stderr)
+        self.assertEqual(self.get("Indexer\\PollInterval"), "5")
+
+    def test_a_damaged_settings_file_is_named(self):
+        self.write("settings.db", "this is no settings file, however long one looks at it " * 40)
+        failed = self.tyctl("settings", "get", "Indexer\\PollInterval", status=1)
+        self.assertIn("settings.db: the file is damaged", failed.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,291 @@
+#include "unit/app/window_fixture.h"
+
+namespace {
+
+using platform::WindowState;
+using testing::Contains;
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+using OperatorWindow = Window;
+
+constexpr const char* refusal = "Poll interval must be between 0.001 and 65.535 seconds.";
+
+TEST_F(OperatorWindow, StopDisablesTheTimerAndChangesTheCaption) {
+    start();
+    operatorClicks("cmdStartStop");
+    EXPECT_FALSE(timer().enabled());
+    EXPECT_EQ(startStop().caption(), "S&tart");
+    EXPECT_EQ(status().front(), "Indexing stopped.");
+}
+
+TEST_F(OperatorWindow, StartEnablesTheTimerWithTheSameInterval) {
+    start();
+    operatorClicks("cmdStartStop");
+    operatorTypes("txtPollInterval", "9");
+    operatorClicks("cmdStartStop");
+    EXPECT_TRUE(timer().enabled());
+    EXPECT_EQ(timer().interval(), 1000);
+    EXPECT_EQ(startStop().caption(), "S&top");
+    EXPECT_EQ(status().front(), "Indexing started.");
+}
+
+TEST_F(OperatorWindow, StatusLinesCarryTheTime) {
+    start();
+    clock.moment = *base::DateTime::parse("2026-11-16 09:05:01");
+    window->SetStatus("Working");
+    EXPECT_EQ(toolkit.form().find<platform::headless::HeadlessListBox>("lstStatus").line(0),
+              "09:05:01: Working");
+}
+
+TEST_F(OperatorWindow, TheFiftyFirstLinePushesOutTheOldest) {
+    create();
+    for (int i = 1; i <= 51; ++i) {
+        window->SetStatus("line " + std::to_string(i));
+        EXPECT_LE(status().size(), 50U);
+    }
+    EXPECT_EQ(status().size(), 50U);
+    EXPECT_EQ(status().front(), "line 51");
+    EXPECT_EQ(status().back(), "line 2");
+}
+
+TEST_F(OperatorWindow, LinesSentWhileMinimisedNeverAppear) {
+    create();
+    window->SetStatus("before");
+    operatorSets(WindowState::minimised);
+    window->SetStatus("meanwhile");
+    operatorSets(WindowState::normal);
+    EXPECT_THAT(status(), ElementsAre("before"));
+    window->SetStatus("after");
+    EXPECT_THAT(status(), ElementsAre("after", "before"));
+}
+
+TEST_F(OperatorWindow, LinesSentWhileMaximisedNeverAppear) {
+    create();
+    operatorSets(WindowState::maximised);
+    window->SetStatus("meanwhile");
+    EXPECT_TRUE(status().empty());
+}
+
+TEST_F(OperatorWindow, StatusIsEchoedToTheLogOnlyWhenTheBoxIsChecked) {
+    startQuietly();
+    window->SetStatus("silent");
+    logIt().setValue(1);
+    window->SetStatus("echoed");
+    logIt().setValue(2);
+    window->SetStatus("greyed");
+    EXPECT_THAT(log(), ElementsAre("Crash Detect: Main.SetStatus", "Crash Detect: Main.SetStatus",
+                                   "UI: echoed", "Crash Detect: Main.SetStatus"));
+}
+
+TEST_F(OperatorWindow, StatusIsEchoedWhileMinimised) {
+    startQuietly();
+    logIt().setValue(1);
+    operatorSets(WindowState::minimised);
+    window->SetStatus("echoed");
+    EXPECT_THAT(log(), ElementsAre("Crash Detect: Main.SetStatus", "UI: echoed"));
+}
+
+TEST_F(OperatorWindow, StatusIsNotEchoedWhenTheLevelIsOff) {
+    settings.put(infra::indexerKey, "LogLevelUIOutput", 0);
+    startQuietly();
+    logIt().setValue(1);
+    window->SetStatus("silent");
+    EXPECT_THAT(log(), ElementsAre("Crash Detect: Main.SetStatus"));
+}
+
+TEST_F(OperatorWindow, LoggingNeedsALogFileFirst) {
+    settings.put(infra::indexerKey, "LogFilePath", "");
+    start();
+    operatorPresses("chkLogit");
+    EXPECT_THAT(boxes, ElementsAre("Logging cannot be enabled until you choose a log file."));
+    EXPECT_EQ(logIt().value(), 0);
+    EXPECT_EQ(settings.number(infra::indexerKey, "LoggingOn"), 0);
+    EXPECT_THAT(settings.writes, ElementsAre("LoggingOn=0"));
+}
+
+TEST_F(OperatorWindow, ClearingTheBoxWithoutALogFileAsksNothing) {
+    startQuietly();
+    logIt().setValue(1);
+    operatorTypes("txtLogFile", "");
+    operatorPresses("chkLogit");
+    EXPECT_TRUE(boxes.empty());
+    EXPECT_EQ(settings.number(infra::indexerKey, "LoggingOn"), 0);
+}
+
+TEST_F(OperatorWindow, TheLoggingSwitchIsSavedAtOnce) {
+    startQuietly();
+    operatorPresses("chkLogit");
+    operatorPresses("chkLogit");
+    logIt().setValue(2);
+    EXPECT_THAT(settings.writes, ElementsAre("LoggingOn=1", "LoggingOn=0", "LoggingOn=2"));
+}
+
+TEST_F(OperatorWindow, ANewLogFileIsSavedAndUsedAtOnce) {
+    start();
+    operatorTypes("txtLogFile", folder / "other.log");
+    EXPECT_EQ(settings.text(infra::indexerKey, "LogFilePath"), folder / "other.log");
+    window->SetStatus("after");
+    EXPECT_THAT(folder.read("other.log"), HasSubstr("Crash Detect: Main.SetStatus\r\n"));
+}
+
+TEST_F(OperatorWindow, TypingZeroBecomesOneAndIsSaved) {
+    startQuietly();
+    operatorTypes("txtPollInterval", "5");
+    operatorTypes("txtPollInterval", "0");
+    EXPECT_EQ(textBox("txtPollInterval").text(), "1");
+    EXPECT_EQ(settings.number(infra::indexerKey, "PollInterval"), 1);
+    EXPECT_THAT(status(), Not(Contains(refusal)));
+}
+
+TEST_F(OperatorWindow, ZeroInAnySpellingBecomesOne) {
+    start();
+    for (const char* zero : {"0.0", "-0", "0e5"}) {
+        operatorTypes("txtPollInterval", zero);
+        EXPECT_EQ(textBox("txtPollInterval").text(), "1") << zero;
+    }
+}
+
+TEST_F(OperatorWindow, ThePollIntervalIsSavedRoundedHalvesToEven) {
+    startQuietly();
+    operatorTypes("txtPollInterval", "2.5");
+    EXPECT_EQ(settings.number(infra::indexerKey, "PollInterval"), 2);
+    operatorTypes("txtPollInterval", "3.5");
+    EXPECT_EQ(settings.number(infra::indexerKey, "PollInterval"), 4);
+    EXPECT_EQ(textBox("txtPollInterval").text(), "3.5");
+}
+
+TEST_F(OperatorWindow, AnIntervalThatTheTimerCannotTakeIsRefused) {
+    startQuietly();
+    operatorTypes("txtPollInterval", "7");
+    for (const char* text : {"65.536", "-1", "0.0004", "1e300", "-1e300"}) {
+        operatorTypes("txtPollInterval", text);
+        EXPECT_EQ(textBox("txtPollInterval").text(), "7") << text;
+        EXPECT_EQ(settings.number(infra::indexerKey, "PollInterval"), 7) << text;
+        EXPECT_EQ(status().front(), refusal) << text;
+    }
+}
+
+TEST_F(OperatorWindow, TheLimitsThemselvesAreAccepted) {
+    startQuietly();
+    for (const char* text : {"65.535", "0.001"}) {
+        operatorTypes("txtPollInterval", text);
+        EXPECT_EQ(textBox("txtPollInterval").text(), text);
+    }
+    EXPECT_THAT(status(), Not(Contains(refusal)));
+}
+
+TEST_F(OperatorWindow, ATextThatIsNoNumberEndsTheProgram) {
+    for (const char* text : {"soon", "", "1 s"}) {
+        start();
+        toolkit.typeText("txtPollInterval", text);
+        EXPECT_THROW(toolkit.run(), base::RuntimeError) << text;
+    }
+}
+
+TEST_F(OperatorWindow, BrowseOffersLogFilesAndAllFiles) {
+    start();
+    Lines offered;
+    toolkit.onSaveFileDialog([&offered](std::span<const platform::FileFilter> filters,
+                                        std::string_view extension) -> std::optional<std::string> {
+        for (const platform::FileFilter& filter : filters) {
+            offered.push_back(std::string(filter.description) + "|" + std::string(filter.pattern));
+        }
+        offered.emplace_back(extension);
+        return std::nullopt;
+    });
+    operatorClicks("btnBrowse");
+    EXPECT_THAT(offered, ElementsAre("Log Files (*.log)|*.log", "All Files (*.*)|*.*", ".log"));
+}
+
+TEST_F(OperatorWindow, TheFileChosenBecomesTheLogFile) {
+    start();
+    toolkit.onSaveFileDialog(
+        [this](auto, auto) { return std::optional<std::string>(folder / "chosen.log"); });
+    operatorClicks("btnBrowse");
+    EXPECT_EQ(textBox("txtLogFile").text(), folder / "chosen.log");
+    EXPECT_EQ(settings.text(infra::indexerKey, "LogFilePath"), folder / "chosen.log");
+    window->SetStatus("after");
+    EXPECT_FALSE(folder.read("chosen.log").empty());
+}
+
+TEST_F(OperatorWindow, CancellingTheFileDialogChangesNothing) {
+    startQuietly();
+    operatorClicks("btnBrowse");
+    EXPECT_EQ(textBox("txtLogFile").text(), folder / "service.log");
+    EXPECT_TRUE(settings.writes.empty());
+}
+
+TEST_F(OperatorWindow, UnderASupervisorAMinimisedWindowIsHiddenAndARestoredOneShown) {
+    settings.put(infra::masterKey, "", "present");
+    start();
+    operatorSets(WindowState::normal);
+    EXPECT_TRUE(visible());
+    operatorSets(WindowState::minimised);
+    EXPECT_FALSE(visible());
+    operatorSets(WindowState::maximised);
+    EXPECT_TRUE(visible());
+}
+
+TEST_F(OperatorWindow, WithoutASupervisorResizingDoesNothing) {
+    start();
+    operatorSets(WindowState::minimised);
+    EXPECT_TRUE(visible());
+}
+
+TEST_F(OperatorWindow, ErrorsInsideSetStatusAreSwallowed) {
+    create();
+    settings.conversionFails = true;
+    EXPECT_NO_THROW(window->SetStatus("line"));
+}
+
+struct Placed {
+    const char* name;
+    platform::Bounds bounds;
+    int tab;
+};
+
+template <class Kind>
+void expectPlaced(const platform::headless::HeadlessForm& form, const Placed& placed) {
+    const auto& control = form.find<Kind>(placed.name);
+    EXPECT_EQ(control.bounds().left, placed.bounds.left) << placed.name;
+    EXPECT_EQ(control.bounds().top, placed.bounds.top) << placed.name;
+    EXPECT_EQ(control.bounds().width, placed.bounds.width) << placed.name;
+    EXPECT_EQ(control.bounds().height, placed.bounds.height) << placed.name;
+    EXPECT_EQ(control.tabIndex(), placed.tab) << placed.name;
+}
+
+TEST_F(OperatorWindow, TheControlsStandWhereOperatorsKnowThem) {
+    using namespace platform::headless;
+    create();
+    const HeadlessForm& form = toolkit.form();
+    EXPECT_EQ(form.caption(), "orlentbar indexer");
+    expectPlaced<HeadlessLabel>(form, {"lblPoll", {120, 240, 1695, 255}, 5});
+    expectPlaced<HeadlessTextBox>(form, {"txtPollInterval", {1920, 210, 735, 285}, 6});
+    expectPlaced<HeadlessLabel>(form, {"lblSeconds", {2760, 240, 855, 255}, 7});
+    expectPlaced<HeadlessListBox>(form, {"lstStatus", {120, 720, 5535, 1230}, 1});
+    expectPlaced<HeadlessCheckBox>(form, {"chkLogit", {120, 2160, 855, 255}, 3});
+    expectPlaced<HeadlessTextBox>(form, {"txtLogFile", {1080, 2160, 3495, 285}, 4});
+    expectPlaced<HeadlessButton>(form, {"btnBrowse", {4800, 2115, 855, 375}, 8});
+    expectPlaced<HeadlessButton>(form, {"cmdStartStop", {360, 2760, 1095, 375}, 0});
+    expectPlaced<HeadlessButton>(form, {"cmdExit", {4320, 2760, 1095, 375}, 2});
+}
+
+TEST_F(OperatorWindow, TheControlsBeginWithTheirCaptions) {
+    using namespace platform::headless;
+    create();
+    const HeadlessForm& form = toolkit.form();
+    EXPECT_EQ(form.find<HeadlessLabel>("lblPoll").caption(), "Poll Index Queue every");
+    EXPECT_EQ(form.find<HeadlessLabel>("lblSeconds").caption(), "seconds");
+    EXPECT_EQ(form.find<HeadlessButton>("btnBrowse").caption(), "Browse...");
+    EXPECT_EQ(form.find<HeadlessButton>("cmdExit").caption(), "E&xit");
+    EXPECT_EQ(startStop().caption(), "S&top");
+    EXPECT_EQ(logIt().caption(), "Log it");
+    EXPECT_EQ(textBox("txtPollInterval").text(), "1");
+    EXPECT_EQ(textBox("txtLogFile").text(), "");
+    EXPECT_EQ(timer().interval(), 1000);
+}
+
+}  // namespace

@@ -1,0 +1,159 @@
+// The control window on a real library, with an operator, a clock and settings that a test moves.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/Main.h"
+#include "fakes/manual_clock.h"
+#include "fakes/manual_waiter.h"
+#include "fakes/memory_settings_store.h"
+#include "fakes/recording_process.h"
+#include "fakes/scripted_automation.h"
+#include "fakes/scripted_drives.h"
+#include "fakes/temporary_folder.h"
+#include "infra/Services.h"
+#include "platform/headless/headless_toolkit.h"
+#include "platform/posix/posix_files.h"
+#include "platform/sqlite/sqlite_engine.h"
+#include "unit/app/library_file.h"
+#include "unit/app/recording_engine.h"
+
+/// Files that cannot be readied when a test says so.
+class StubbornFiles : public platform::posix::PosixFiles {
+  public:
+    void prepare() override {
+        if (prepareFails) {
+            throw base::RuntimeError(base::ErrorNumber::cannotCreateObject, "no file system object");
+        }
+    }
+    bool prepareFails = false;
+};
+
+class Window : public testing::Test {
+  protected:
+    using Lines = std::vector<std::string>;
+
+    fakes::TemporaryFolder folder;
+    LibraryFile library{folder / "library.db"};
+    fakes::MemorySettingsStore settings;
+    fakes::ManualClock clock;
+    fakes::ManualWaiter waiter;
+    fakes::RecordingProcess process;
+    fakes::ScriptedDrives drives;
+    fakes::ScriptedAutomation automation;
+    StubbornFiles files;
+    platform::SqliteEngine sqlite;
+    RecordingEngine engine{sqlite};
+    Lines boxes;
+    platform::headless::HeadlessToolkit toolkit{waiter,
+                                                [this](std::string_view text) { boxes.emplace_back(text); }};
+    infra::Services services{
+        platform::System{settings, engine, automation, toolkit, files, process, drives, clock}};
+    std::function<bool(std::int32_t)> job = [](std::int32_t) { return true; };
+    std::vector<std::int32_t> jobs;
+    std::vector<app::CycleOutcome> outcomes;
+    std::optional<app::Main> window;
+
+    Window() {
+        settings.put(infra::serviceKey, "DataBasePath", library.path());
+        settings.put(infra::indexerKey, "LogFilePath", folder / "service.log");
+        for (const char* level : {"LogLevelCrashDetection", "LogLevelLogicPath", "LogLevelErrorReport",
+                                  "LogLevelInterest", "LogLevelUIOutput"}) {
+            settings.put(infra::indexerKey, level, 1);
+        }
+    }
+
+    void create() {
+        window.emplace(services, [this](std::int32_t id) {
+            jobs.push_back(id);
+            return job(id);
+        });
+        window->onCycleEnd([this](app::CycleOutcome outcome) { outcomes.push_back(outcome); });
+    }
+
+    void start() {
+        create();
+        window->start();
+    }
+
+    /// Starts and forgets what was logged and asked meanwhile.
+    void startQuietly() {
+        start();
+        forget();
+    }
+
+    void forget() {
+        logSeen_ = folder.read("service.log").size();
+        engine.record.statements.clear();
+        settings.writes.clear();
+    }
+
+    /// Lets the timer tick once.
+    void tick() { waiter.advance(toolkit, std::chrono::milliseconds(timer().interval())); }
+
+    void operatorTypes(std::string_view textBox, std::string_view text) {
+        toolkit.typeText(textBox, text);
+        toolkit.processEvents();
+    }
+    void operatorClicks(std::string_view button) {
+        toolkit.click(button);
+        toolkit.processEvents();
+    }
+    void operatorPresses(std::string_view checkBox) {
+        toolkit.press(checkBox);
+        toolkit.processEvents();
+    }
+    void operatorSets(platform::WindowState state) {
+        toolkit.setWindowState(state);
+        toolkit.processEvents();
+    }
+
+    /// The log's lines without their time, each checked to carry it.
+    Lines log() const {
+        const std::string time = clock.moment.longText() + ": ";
+        Lines lines;
+        const std::string whole = folder.read("service.log");
+        std::size_t begin = logSeen_;
+        for (std::size_t end = whole.find("\r\n", begin); end != std::string::npos;
+             begin = end + 2, end = whole.find("\r\n", begin)) {
+            const std::string line = whole.substr(begin, end - begin);
+            lines.push_back(line.starts_with(time) ? line.substr(time.size()) : "without time: " + line);
+        }
+        return lines;
+    }
+
+    /// The status list from the top, without the times.
+    Lines status() const {
+        const auto& list = toolkit.form().find<platform::headless::HeadlessListBox>("lstStatus");
+        Lines lines;
+        for (std::size_t i = 0; i < list.count(); ++i) {
+            lines.push_back(list.line(i).substr(std::string("hh:mm:ss: ").size()));
+        }
+        return lines;
+    }
+
+    platform::headless::HeadlessTimer& timer() const {
+        return toolkit.form().find<platform::headless::HeadlessTimer>("Timer1");
+    }
+    platform::headless::HeadlessTextBox& textBox(std::string_view name) const {
+        return toolkit.form().find<platform::headless::HeadlessTextBox>(name);
+    }
+    platform::headless::HeadlessCheckBox& logIt() const {
+        return toolkit.form().find<platform::headless::HeadlessCheckBox>("chkLogit");
+    }
+    platform::headless::HeadlessButton& startStop() const {
+        return toolkit.form().find<platform::headless::HeadlessButton>("cmdStartStop");
+    }
+    [[nodiscard]] bool visible() const { return toolkit.form().visible(); }
+
+  private:
+    std::size_t logSeen_ = 0;
+};
