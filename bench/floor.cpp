@@ -1,6 +1,7 @@
-// tyindexer-floor: what the machine can do. It reads text files with the text plug-in's own code, in its own process,
-// and writes the same rows as the service with nothing in between: no queue, no plug-in process, no statements as
-// text, no log, no settings. Paths come on standard input, one a line, in the order in which they are read.
+// tyindexer-floor: what the machine can do. It reads text files with the text plug-in's own code, in its own
+// process, and writes the same rows as the service with nothing in between: no queue, no plug-in process, no
+// statements as text, no log, no settings. Paths come on standard input, one a line, in the order in which
+// they are read.
 #include <algorithm>
 #include <cstdint>
 #include <deque>

@@ -9,8 +9,8 @@
 namespace bench {
 namespace {
 
-/// The tables of the library that the indexer fills for a text, without an index on the word: what can be written
-/// fastest and still be found again by document.
+/// The tables of the library that the indexer fills for a text, without an index on the word: what can be
+/// written fastest and still be found again by document.
 constexpr const char* tables = R"(
 PRAGMA journal_mode = WAL;
 PRAGMA synchronous = NORMAL;
@@ -88,7 +88,9 @@ WordRules readRules() {
     forEachRow(seeds.get(), "SELECT lower(term) FROM word_noise",
                [&](const auto& text) { rules.noise.insert(text(0)); });
     forEachRow(seeds.get(), "SELECT comp_type, lower(trim(description)), type FROM search_weight",
-               [&](const auto& text) { rules.types[{std::stoi(text(0)), text(1)}] = std::stoi(text(2)); });
+               [&](const auto& text) {
+                   rules.types[{std::stoi(text(0)), text(1)}] = std::stoi(text(2));
+               });
     return rules;
 }
 
@@ -117,7 +119,8 @@ void Prepared::bind(int position, std::int64_t value) {
 }
 
 void Prepared::bind(int position, std::string_view value) {
-    sqlite3_bind_text(statement_.get(), position, value.data(), static_cast<int>(value.size()), SQLITE_STATIC);
+    sqlite3_bind_text(statement_.get(), position, value.data(), static_cast<int>(value.size()),
+                      SQLITE_STATIC);
 }
 
 void Prepared::finish() {
@@ -149,11 +152,14 @@ FloorLibrary::FloorLibrary(const std::string& path)
       begin(database_.get(), "BEGIN"),
       commit(database_.get(), "COMMIT"),
       document(database_.get(),
-               "INSERT INTO document_object (source_url, first_saved, title, data_type, saved_location, data_size, "
+               "INSERT INTO document_object (source_url, first_saved, title, data_type, saved_location, "
+               "data_size, "
                "time_stamp, id_owning_user, id_parent) VALUES (?, ?, ?, ?, ?, ?, ?, ?, -1)"),
-      relevance(database_.get(), "INSERT INTO prv (last_prv, last_doc_usage, last_modified) VALUES (?1, ?2, ?2)"),
-      history(database_.get(),
-              "INSERT INTO prv_history (id_prv, time_stamp, action_description, prv_value) VALUES (?, ?, ?, ?)"),
+      relevance(database_.get(),
+                "INSERT INTO prv (last_prv, last_doc_usage, last_modified) VALUES (?1, ?2, ?2)"),
+      history(
+          database_.get(),
+          "INSERT INTO prv_history (id_prv, time_stamp, action_description, prv_value) VALUES (?, ?, ?, ?)"),
       share(database_.get(), "INSERT INTO document_share (id_document, id_user, id_prv) VALUES (?, ?, ?)"),
       important(database_.get(), "INSERT INTO important_text (id_document, type) VALUES (?, ?)"),
       rootWord(database_.get(), "INSERT INTO root_word (word) VALUES (?)"),

@@ -1,5 +1,6 @@
-// A FloorLibrary is a library file to which the yardstick writes the rows of the index in the cheapest way there is:
-// one statement per table, prepared once, and one transaction per document. The yardstick's main owns it.
+// A FloorLibrary is a library file to which the yardstick writes the rows of the index in the cheapest way
+// there is: one statement per table, prepared once, and one transaction per document. The yardstick's main
+// owns it.
 #pragma once
 
 #include <cstdint>
