@@ -227,7 +227,8 @@ std::optional<DateTime> DateTime::fromCivil(const CivilTime& parts) {
         return std::nullopt;
     }
     const std::int64_t day = (sys_days{date} - zeroDay).count();
-    return DateTime(day * secondsPerDay + parts.hour * 3600 + parts.minute * 60 + parts.second);
+    return DateTime(day * secondsPerDay + std::int64_t{parts.hour} * 3600 + std::int64_t{parts.minute} * 60 +
+                    parts.second);
 }
 
 DateTime DateTime::fromSeconds(std::int64_t seconds) {

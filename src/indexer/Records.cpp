@@ -49,7 +49,8 @@ void AddMetaTagEntries(std::string_view metaText, infra::tysDataBase& database) 
     const std::string idTag = std::to_string(row->field("id_meta_tag").toInt32());
     row->close();
     std::int16_t position = 1;
-    for (const std::string_view piece : base::split(NormaliseText(metaText), ' ')) {
+    const std::string normalised = NormaliseText(metaText);
+    for (const std::string_view piece : base::split(normalised, ' ')) {
         const std::string word = database.sanitise(base::trim(piece));
         if (!word.empty()) {
             database.getConnection()->execute(

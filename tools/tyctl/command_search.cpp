@@ -50,10 +50,14 @@ std::string excerpt(const std::string& sentence, const std::vector<std::string>&
            (tail.size() < rest.size() ? "..." : "");
 }
 
+std::string nameOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
 void printHit(const SearchHit& hit, const std::vector<std::string>& terms) {
     std::ostringstream relevance;
     relevance << std::fixed << std::setprecision(1) << hit.relevance;
-    const std::string title = hit.title.empty() ? "(without title)" : onOneLine(hit.title);
+    const std::string title = onOneLine(hit.title.empty() ? nameOf(hit.path) : hit.title);
     const std::string sentence = excerpt(hit.sentence, terms);
     std::cout << highlighted(title, matchesIn(title, terms)) << "  [" << counted(hit.hits, "hit")
               << ", relevance " << relevance.str() << "]\n    " << printablePath(hit.path)

@@ -95,6 +95,10 @@ class SearchTest(TyctlTest):
         self.assertEqual(self.tyctl("search", "rivers").stdout,
                          "On rivers  [1 hit, relevance 0.0]\n    /x/On rivers.txt\n1 document\n")
 
+    def test_a_document_without_a_title_is_shown_by_its_file_name(self):
+        self.word(self.document("", "/x/notes.txt"), "river")
+        self.assertTrue(self.tyctl("search", "river").stdout.startswith("notes.txt  [1 hit, "))
+
     def test_words_are_read_as_the_index_reads_them(self):
         self.word(self.document("mail"), "mail")
         self.word(self.document("john"), "john")

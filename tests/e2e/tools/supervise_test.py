@@ -115,7 +115,7 @@ esac
         self.assertEqual(self.setting("service\\" + INDEXER + "IndexingKey"), "")
 
     def test_kills_what_the_service_started_together_with_it(self):
-        service = self.script("service", "sleep 1000 &\necho helper $! >&2\ntrap '' TERM\nwait\nwhile :; do wait; done\n")
+        service = self.script("service", "trap '' TERM\nsleep 1000 &\necho helper $! >&2\nwait\nwhile :; do wait; done\n")
         running = self.supervise("--grace", "0.1", "--", service)
         helper = int(running.wait_for("helper").split()[1])
         running.signal()

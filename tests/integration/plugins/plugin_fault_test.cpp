@@ -78,12 +78,41 @@ INSTANTIATE_TEST_SUITE_P(
 class PluginFaults : public PluginTest {};
 
 TEST_F(PluginFaults, AHangIsAnErrorAfterTheLimit) {
-    auto warm = open("hangs.Echo", "1");  // starting may take its time
-    limit_ = std::chrono::milliseconds(200);
-    auto object = open("hangs.Echo", "1");
+    auto warm = create("hangs.Echo");  // starting may take its time
+    limit_ = std::chrono::milliseconds(1500);
+    auto object = create("hangs.Echo");
     const auto error = errorOf([&] { call(*object, "Echo", "text"); });
-    EXPECT_EQ(error.description(), "hangs.Echo: Echo: the plug-in did not answer within 0.2 seconds");
+    EXPECT_EQ(error.description(), "hangs.Echo: Echo: the plug-in did not answer within 1.5 seconds");
     EXPECT_TRUE(noChildIsLeft());
+}
+
+TEST_F(PluginFaults, ALargeRequestToAPluginThatDoesNotReadIsAnErrorAfterTheLimit) {
+    auto gone = create("hangs.release");
+    limit_ = std::chrono::milliseconds(1500);
+    auto object = create("hangs.release");
+    gone.reset();  // from here on it reads nothing more
+    const std::string large(5UL * 1024 * 1024, 'y');
+    EXPECT_THAT(errorOf([&] { call(*object, "Echo", large); }).description(),
+                HasSubstr("Echo: the plug-in did not answer within 1.5 seconds"));
+}
+
+TEST_F(PluginFaults, AProcessThatHangsBetweenDocumentsCostsNoDocument) {
+    auto object = open("hangs.release", "1");
+    const auto first = call(*object, "GetProcessID");
+    object.reset();
+    shortLimits_ = 1;  // the time that the process that hangs gets
+    auto next = open("hangs.release", "1");
+    EXPECT_NE(call(*next, "GetProcessID"), first);
+}
+
+TEST_F(PluginFaults, TheEndOfAProcessIsTheEndOfAllItsObjects) {
+    auto parent = open("dies.Echo", "1");
+    auto child = open("dies.Echo", "1");
+    errorOf([&] { call(*child, "Echo", "text"); });
+    EXPECT_EQ(
+        errorOf([&] { call(*parent, "GetNumberofSubDocuments"); }).description(),
+        "dies.Echo: GetNumberofSubDocuments: the plug-in process is gone since Echo: the plug-in process "
+        "ended (signal 9)");
 }
 
 TEST_F(PluginFaults, APluginThatDoesNotReadHoldsUpNobodyForever) {

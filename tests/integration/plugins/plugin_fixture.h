@@ -72,8 +72,11 @@ class PluginTest : public testing::Test {
 
     fakes::TemporaryFolder folder_;
     std::chrono::milliseconds limit_{60'000};
+    int shortLimits_ = 0;  // how many objects get a short limit first
     platform::posix::PluginFactory factory_{
-        {folder_.path()}, [this] { return limit_; }, std::size_t{16} * 1024 * 1024};
+        {folder_.path()},
+        [this] { return shortLimits_-- > 0 ? std::chrono::milliseconds(200) : limit_; },
+        std::size_t{16} * 1024 * 1024};
 };
 
 }  // namespace plugin_test

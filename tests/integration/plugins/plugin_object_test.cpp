@@ -30,12 +30,13 @@ TEST_F(PluginObject, OfAnotherProgIdLivesInAnotherProcess) {
 }
 
 TEST_F(PluginObject, GivesBackEveryKindOfValue) {
+    using namespace std::string_literals;
     auto object = create("a.plugin");
     const auto moment = *base::DateTime::fromCivil({2024, 2, 29, 23, 59, 58});
     for (const base::Variant& value :
          {base::Variant(), base::Variant(true), base::Variant(std::int32_t{-2147483647}), base::Variant(0.5),
           base::Variant(1e300), base::Variant(moment), base::Variant(""),
-          base::Variant(std::string("nul \0, line\n, quote \" and \xF0\x9F\xA6\x8A \xEF\xBF\xBF", 37))}) {
+          base::Variant("nul \0, line\n, quote \" and \xF0\x9F\xA6\x8A \xEF\xBF\xBF"s)}) {
         EXPECT_EQ(call(*object, "Echo", value), value);
     }
 }

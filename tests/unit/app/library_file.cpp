@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/sqlite/library_schema.h"
+
 namespace {
 
 struct Close {
@@ -34,10 +36,7 @@ std::vector<std::string> execute(const std::string& path, const std::string& sta
 }  // namespace
 
 LibraryFile::LibraryFile(std::string path) : path_(std::move(path)) {
-    run("CREATE TABLE file_index_queue ("
-        "id INTEGER PRIMARY KEY AUTOINCREMENT, doc_path TEXT COLLATE NOCASE, index_type NUMBER DEFAULT 1, "
-        "date_time DATETIME, data_type TEXT COLLATE NOCASE, user_id LONG DEFAULT 0, "
-        "flag_dirty BOOLEAN NOT NULL DEFAULT 0)");
+    platform::createLibrary(path_);
 }
 
 void LibraryFile::run(std::string_view statements) const {

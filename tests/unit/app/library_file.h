@@ -1,4 +1,4 @@
-// A library file of a test's own with the queue table, and a hand that writes to it beside the service.
+// A library file of a test's own, and a hand that writes to it beside the service.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 class LibraryFile {
   public:
-    /// Makes the file with an empty queue.
+    /// Makes a library with an empty queue.
     explicit LibraryFile(std::string path);
 
     /// Runs statements in SQLite's own dialect.

@@ -27,9 +27,12 @@ constexpr int outputBuffer = 1024 * 1024;
     throw base::RuntimeError(base::ErrorNumber::cannotCreateObject, what + ": " + std::strerror(error));
 }
 
-using Pair = std::pair<FileDescriptor, FileDescriptor>;  // the reading end, the writing end
+struct Ends {
+    FileDescriptor reading;
+    FileDescriptor writing;
+};
 
-Pair makePipe() {
+Ends makePipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         raise("cannot make a pipe", errno);
@@ -37,7 +40,7 @@ Pair makePipe() {
     return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
-Pair makeSocketPair() {
+Ends makeSocketPair() {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         raise("cannot make a socket", errno);
@@ -124,13 +127,14 @@ int FileDescriptor::release() noexcept {
 }
 
 ChildProcess::ChildProcess(const std::string& file) {
-    auto [childInput, ownInput] = makeSocketPair();
-    auto [ownOutput, childOutput] = makePipe();
-    auto [failure, childFailure] = makePipe();
-    doNotBlock(ownInput);
-    doNotBlock(ownOutput);
-    fcntl(ownOutput.get(), F_SETPIPE_SZ, outputBuffer);  // a refusal only makes it slower
-    const Start start{file.c_str(), childInput.get(), childOutput.get(), childFailure.get(), getpid()};
+    Ends inputEnds = makeSocketPair();
+    Ends outputEnds = makePipe();
+    Ends failureEnds = makePipe();
+    doNotBlock(inputEnds.writing);
+    doNotBlock(outputEnds.reading);
+    fcntl(outputEnds.reading.get(), F_SETPIPE_SZ, outputBuffer);  // a refusal only makes it slower
+    const Start start{file.c_str(), inputEnds.reading.get(), outputEnds.writing.get(),
+                      failureEnds.writing.get(), getpid()};
     id_ = fork();
     if (id_ < 0) {
         raise("cannot start " + file, errno);
@@ -139,10 +143,10 @@ ChildProcess::ChildProcess(const std::string& file) {
         runProgram(start);
     }
     setpgid(id_, id_);  // also here, so that the group exists before anybody kills it
-    childFailure.reset();
-    input_ = std::move(ownInput);
-    output_ = std::move(ownOutput);
-    if (const int error = startFailure(failure); error != 0) {
+    failureEnds.writing.reset();
+    input_ = std::move(inputEnds.writing);
+    output_ = std::move(outputEnds.reading);
+    if (const int error = startFailure(failureEnds.reading); error != 0) {
         kill();
         raise("cannot start " + file, error);
     }

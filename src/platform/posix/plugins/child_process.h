@@ -6,8 +6,6 @@
 #include <optional>
 #include <string>
 
-#include <sys/types.h>
-
 namespace platform::posix {
 
 /// Owns a file descriptor.
@@ -45,7 +43,6 @@ class ChildProcess {
     [[nodiscard]] int input() const { return input_.get(); }
     /// What the service reads from. It does not block.
     [[nodiscard]] int output() const { return output_.get(); }
-    [[nodiscard]] pid_t id() const { return id_; }
 
     /// Waits until the program has ended by itself; how it ended ("exit status 3", "signal 11"), or nothing
     /// when it is still there after that time.
@@ -60,7 +57,7 @@ class ChildProcess {
 
     FileDescriptor input_;
     FileDescriptor output_;
-    pid_t id_ = -1;  // -1 once there is nothing left of the program
+    int id_ = -1;  // -1 once there is nothing left of the program
 };
 
 }  // namespace platform::posix

@@ -51,11 +51,10 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
     if (!isFileName(name)) {
         cannotCreate(name, "that is no name of a plug-in");
     }
-    const auto limit = callLimit();
     std::shared_ptr<PluginProcess>& process = processes_[name];
     if (process != nullptr && process->isGood()) {
         try {
-            return std::make_unique<PluginObject>(process, limit);
+            return std::make_unique<PluginObject>(process, callLimit());
         } catch (const base::RuntimeError&) {
             // A process that broke between two documents is nobody's error: the document gets a fresh one.
             if (!process->isGone()) {
@@ -65,13 +64,14 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
     }
     process.reset();
     process = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
-    return std::make_unique<PluginObject>(process, limit);
+    return std::make_unique<PluginObject>(process, callLimit());
 }
 
 std::string PluginFactory::findFile(const std::string& progId) const {
     std::string searched;
     for (const std::string& folder : folders_) {
-        const std::string file = folder + "/" + progId;
+        std::string file = folder;
+        file.append("/").append(progId);
         std::error_code ignored;
         if (std::filesystem::is_regular_file(file, ignored)) {
             if (access(file.c_str(), X_OK) != 0) {

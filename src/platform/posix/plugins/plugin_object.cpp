@@ -1,6 +1,6 @@
 #include "platform/posix/plugins/plugin_object.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
@@ -14,12 +14,12 @@ using nlohmann::json;
 namespace protocol = plugin_protocol;
 
 std::int64_t createIn(PluginProcess& process, PluginProcess::Milliseconds limit) {
-    const auto request = process.post(protocol::createMethod, json::object());
-    const json handle = process.awaitResult(request, protocol::createMethod, limit);
-    if (!handle.is_number_integer()) {
+    const auto request = process.post(protocol::createMethod, "{}");
+    const auto handle = process.awaitResult(request, protocol::createMethod, limit).handle;
+    if (!handle) {
         process.fault(protocol::createMethod, "the plug-in answered without the number of an object");
     }
-    return handle.get<std::int64_t>();
+    return *handle;
 }
 
 /// The items that the engine asks for in order. An annotation's text is not among them: it is asked for some
@@ -48,7 +48,7 @@ PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess
 PluginObject::~PluginObject() {
     try {
         forgetReadAhead();
-        process_->abandon(process_->post(protocol::releaseMethod, {{"object", object_}}));
+        process_->abandon(process_->post(protocol::releaseMethod, json({{"object", object_}}).dump()));
     } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell
     }
 }
@@ -81,25 +81,21 @@ base::Variant PluginObject::callPlainly(std::string_view method, std::span<base:
     for (const base::Variant& argument : arguments) {
         values.push_back(protocol::valueToJson<json>(argument));
     }
-    const auto request = process_->post(
-        protocol::callMethod, {{"object", object_}, {"method", method}, {"arguments", std::move(values)}});
-    json answer = process_->awaitResult(request, method, limit_);
-    if (!answer.is_object()) {
+    const json params = {{"object", object_}, {"method", method}, {"arguments", std::move(values)}};
+    // Bytes that are no UTF-8 (a path may hold any) become U+FFFD, because JSON cannot carry them.
+    const auto request =
+        process_->post(protocol::callMethod, params.dump(-1, ' ', false, json::error_handler_t::replace));
+    PluginAnswer answer = process_->awaitResult(request, method, limit_);
+    if (!answer.result) {
         process_->fault(method, "the plug-in answered without a result");
     }
-    auto result = protocol::valueFromJson(answer["result"]);
-    json& changed = answer["arguments"];
-    if (!result || (!changed.is_null() && (!changed.is_array() || changed.size() != arguments.size()))) {
-        process_->fault(method, "the plug-in answered with something that is not a value");
-    }
-    for (std::size_t i = 0; i < changed.size(); ++i) {
-        auto value = protocol::valueFromJson(changed[i]);
-        if (!value) {
-            process_->fault(method, "the plug-in answered with an argument that is not a value");
+    if (answer.arguments) {
+        if (answer.arguments->size() != arguments.size()) {
+            process_->fault(method, "the plug-in answered with another number of arguments");
         }
-        arguments[i] = std::move(*value);
+        std::move(answer.arguments->begin(), answer.arguments->end(), arguments.begin());
     }
-    return std::move(*result);
+    return std::move(*answer.result);
 }
 
 void PluginObject::learn(std::string_view method, const base::Variant& result) {

@@ -7,9 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <map>
-#include <nlohmann/json.hpp>
-#include <set>
 #include <utility>
 
 #include "base/runtime_error.h"
@@ -19,7 +16,6 @@
 namespace platform::posix {
 namespace {
 
-using nlohmann::json;
 using std::chrono::milliseconds;
 
 /// How long the service waits for a process that has closed its output to end, so as to tell how.
@@ -39,75 +35,52 @@ std::string excerpt(std::string_view said) {
     return "\"" + text + (text.size() < said.size() ? "...\"" : "\"");
 }
 
-bool isAnswer(const json& message) {
-    return message.is_object() && message.contains("id") && message["id"].is_number_integer() &&
-           (message.contains("result") || (message.contains("error") && message["error"].is_object()));
-}
-
 }  // namespace
 
-/// What is expected and what has come.
-struct PluginProcess::Answers {
-    std::set<RequestId> expected;
-    std::set<RequestId> abandoned;
-    std::map<RequestId, json> arrived;
-};
-
 PluginProcess::PluginProcess(std::string progId, const std::string& file, std::size_t largestAnswer)
-    : progId_(std::move(progId)),
-      largestAnswer_(largestAnswer),
-      child_(file),
-      answers_(std::make_unique<Answers>()) {}
+    : progId_(std::move(progId)), largestAnswer_(largestAnswer), child_(file) {}
 
-PluginProcess::~PluginProcess() = default;
-
-PluginProcess::RequestId PluginProcess::post(std::string_view method, const json& params) {
-    const json request = {{"jsonrpc", "2.0"}, {"id", ++lastRequest_}, {"method", method}, {"params", params}};
-    // Bytes that are no UTF-8 (a path may hold any) become U+FFFD, because JSON cannot carry them.
-    outgoing_ += request.dump(-1, ' ', false, json::error_handler_t::replace);
-    outgoing_ += '\n';
-    answers_->expected.insert(lastRequest_);
+PluginProcess::RequestId PluginProcess::post(std::string_view method, std::string_view params) {
+    outgoing_.append(R"({"jsonrpc":"2.0","id":)").append(std::to_string(++lastRequest_));
+    outgoing_.append(R"(,"method":")").append(method).append(R"(","params":)").append(params).append("}\n");
+    expected_.insert(lastRequest_);
     sendPending();
     return lastRequest_;
 }
 
-json PluginProcess::await(RequestId request, std::string_view called, milliseconds limit) {
+PluginAnswer PluginProcess::await(RequestId request, std::string_view called, milliseconds limit) {
     raiseIfGone(called);
     const Deadline deadline = std::chrono::steady_clock::now() + limit;
-    auto found = answers_->arrived.find(request);
-    while (found == answers_->arrived.end()) {
+    auto found = arrived_.find(request);
+    while (found == arrived_.end()) {
         exchange(called, deadline, limit);
-        found = answers_->arrived.find(request);
+        found = arrived_.find(request);
     }
-    json answer = std::move(found->second);
-    answers_->arrived.erase(found);
+    PluginAnswer answer = std::move(found->second);
+    arrived_.erase(found);
+    if (answer.hasBadValue) {
+        fault(called, "the plug-in answered with something that is not a value");
+    }
     return answer;
 }
 
-json PluginProcess::awaitResult(RequestId request, std::string_view called, milliseconds limit) {
-    json answer = await(request, called, limit);
-    if (answer["error"].is_object()) {
-        raiseError(called, answer["error"]);
+PluginAnswer PluginProcess::awaitResult(RequestId request, std::string_view called, milliseconds limit) {
+    PluginAnswer answer = await(request, called, limit);
+    if (answer.error) {
+        raiseError(called, *answer.error);
     }
-    return std::move(answer["result"]);
+    return answer;
 }
 
 void PluginProcess::abandon(RequestId request) {
-    answers_->arrived.erase(request);
-    if (answers_->expected.erase(request) != 0) {
-        answers_->abandoned.insert(request);
+    arrived_.erase(request);
+    if (expected_.erase(request) != 0) {
+        abandoned_.insert(request);
     }
 }
 
-void PluginProcess::raiseError(std::string_view called, const json& error) const {
-    const auto code = error.find("code");
-    const auto message = error.find("message");
-    const int number = code != error.end() && code->is_number_integer()
-                           ? code->get<int>()
-                           : static_cast<int>(base::ErrorNumber::automationError);
-    const std::string text = message != error.end() && message->is_string() ? message->get<std::string>()
-                                                                            : std::string("unknown error");
-    throw base::RuntimeError(number, progId_ + ": " + std::string(called) + ": " + text);
+void PluginProcess::raiseError(std::string_view called, const PluginError& error) const {
+    throw base::RuntimeError(error.code, progId_ + ": " + std::string(called) + ": " + error.message);
 }
 
 void PluginProcess::fault(std::string_view called, const std::string& cause) {
@@ -202,18 +175,17 @@ void PluginProcess::takeLines(std::string_view called) {
 }
 
 void PluginProcess::takeAnswer(std::string_view called, std::string_view line) {
-    json message = json::parse(line, nullptr, false);
-    if (!isAnswer(message)) {
+    auto answer = readAnswer(line);
+    if (!answer) {
         fault(called, "the plug-in answered something that is not JSON-RPC: " + excerpt(line));
     }
-    const auto id = message["id"].get<RequestId>();
-    if (answers_->abandoned.erase(id) != 0) {
+    if (abandoned_.erase(answer->request) != 0) {
         return;
     }
-    if (answers_->expected.erase(id) == 0) {
+    if (expected_.erase(answer->request) == 0) {
         fault(called, "the plug-in answered a request that was not made: " + excerpt(line));
     }
-    answers_->arrived.emplace(id, std::move(message));
+    arrived_.emplace(answer->request, std::move(*answer));
 }
 
 void PluginProcess::faultAtEnd(std::string_view called) {

@@ -6,13 +6,14 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <nlohmann/json_fwd.hpp>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
 #include "platform/posix/plugins/child_process.h"
+#include "platform/posix/plugins/plugin_answer.h"
 
 namespace platform::posix {
 
@@ -31,23 +32,23 @@ class PluginProcess {
     PluginProcess(std::string progId, const std::string& file, std::size_t largestAnswer);
     PluginProcess(const PluginProcess&) = delete;
     PluginProcess& operator=(const PluginProcess&) = delete;
-    ~PluginProcess();
+    ~PluginProcess() = default;
 
-    /// Sends a request and does not wait, not even for the process to read it.
-    RequestId post(std::string_view method, const nlohmann::json& params);
+    /// Sends a request and does not wait, not even for the process to read it. `params` is JSON text.
+    RequestId post(std::string_view method, std::string_view params);
 
-    /// The whole answer to a request, with "result" or "error" in it. `called` is the method that the caller
+    /// The answer to a request, be it an error or not. `called` is the method that the caller
     /// of the object waits for. Raises a fault when no proper answer comes within the limit.
-    nlohmann::json await(RequestId request, std::string_view called, Milliseconds limit);
+    PluginAnswer await(RequestId request, std::string_view called, Milliseconds limit);
 
-    /// As await; an error in the answer is raised, and the result returned.
-    nlohmann::json awaitResult(RequestId request, std::string_view called, Milliseconds limit);
+    /// As await; an error in the place of the answer is raised.
+    PluginAnswer awaitResult(RequestId request, std::string_view called, Milliseconds limit);
 
     /// The answer to this request is of no interest any more.
     void abandon(RequestId request);
 
     /// Raises the error that an answer carries.
-    [[noreturn]] void raiseError(std::string_view called, const nlohmann::json& error) const;
+    [[noreturn]] void raiseError(std::string_view called, const PluginError& error) const;
 
     /// Kills the process and raises the cause.
     [[noreturn]] void fault(std::string_view called, const std::string& cause);
@@ -63,7 +64,6 @@ class PluginProcess {
 
   private:
     using Deadline = std::chrono::steady_clock::time_point;
-    struct Answers;
 
     void sendPending();
     void exchange(std::string_view called, Deadline deadline, Milliseconds limit);
@@ -75,7 +75,9 @@ class PluginProcess {
     std::string progId_;
     std::size_t largestAnswer_;
     ChildProcess child_;
-    std::unique_ptr<Answers> answers_;
+    std::set<RequestId> expected_;
+    std::set<RequestId> abandoned_;
+    std::map<RequestId, PluginAnswer> arrived_;
     std::string outgoing_;
     std::size_t sent_ = 0;  // bytes of outgoing_ that are on their way
     std::string incoming_;

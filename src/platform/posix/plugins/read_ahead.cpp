@@ -1,6 +1,7 @@
 #include "platform/posix/plugins/read_ahead.h"
 
 #include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -19,8 +20,8 @@ constexpr std::string_view sentenceCount = "GetNumberOfSentences";
 constexpr std::string_view moreSentences = "MoreSentences";
 constexpr std::string_view nextSentence = "GetNextSentence";
 
-bool isUnknownMethod(const json& error) {
-    return error.is_object() && error.value("code", json()) == json(protocol::methodNotFound);
+bool isUnknownMethod(const PluginAnswer& answer) {
+    return answer.error && answer.error->code == protocol::methodNotFound;
 }
 
 /// The index that a call asks for; 0 when its arguments are not one whole number.
@@ -38,33 +39,19 @@ std::int64_t countOf(const base::Variant& result) {
     return result.isNumeric() ? static_cast<std::int64_t>(std::clamp(result.toDouble(), -1.0, 1e9)) : 0;
 }
 
-/// Moves the results of a range or while answer to the items. Raises a fault when they are none.
-void takeValues(PluginProcess& process, std::string_view called, json& result,
+/// Moves the results of a range or while answer to the items. Raises a fault when there are none or too many.
+void takeValues(PluginProcess& process, std::string_view called, PluginAnswer& answer,
                 std::deque<base::Variant>& items, std::int64_t most) {
-    if (!result.is_object() || !result["results"].is_array()) {
+    if (!answer.results) {
         process.fault(called, "the plug-in answered without a list of results");
     }
-    json& values = result["results"];
-    if (static_cast<std::int64_t>(values.size()) > most) {
+    if (static_cast<std::int64_t>(answer.results->size()) > most) {
         process.fault(called, "the plug-in answered more items than it was asked for");
     }
-    for (json& item : values) {
-        auto value = protocol::valueFromJson(item);
-        if (!value) {
-            process.fault(called, "the plug-in answered an item that is not a value");
-        }
-        items.push_back(std::move(*value));
-    }
+    std::move(answer.results->begin(), answer.results->end(), std::back_inserter(items));
 }
 
 }  // namespace
-
-PostponedError::PostponedError(std::string method, const json& error)
-    : method_(std::move(method)), error_(error.dump(-1, ' ', false, json::error_handler_t::replace)) {}
-
-void PostponedError::raise(const PluginProcess& process, std::string_view called) const {
-    process.raiseError(called, json::parse(error_));
-}
 
 RangeReader::RangeReader(PluginTarget target, std::string_view countMethod,
                          std::vector<std::string_view> methods)
@@ -88,10 +75,10 @@ std::optional<base::Variant> RangeReader::serve(std::string_view method,
     }
     if (items_.empty()) {
         nextIndex_ = 0;
-        if (!error_.isSet()) {
+        if (!error_) {
             return std::nullopt;  // past the count
         }
-        error_.raise(target_.process, method);
+        target_.process.raiseError(method, *error_);
     }
     base::Variant item = std::move(items_.front());
     items_.pop_front();
@@ -107,7 +94,7 @@ void RangeReader::reset() {
     count_ = 0;
     nextIndex_ = 0;
     items_.clear();
-    error_ = PostponedError();
+    error_.reset();
 }
 
 bool RangeReader::isNext(std::string_view method, std::span<const base::Variant> arguments) {
@@ -135,28 +122,31 @@ void RangeReader::ask() {
     asked_ = std::min(fetched_ + itemsPerRequest, count_);
     pending_ = target_.process.post(
         protocol::rangeMethod,
-        {{"object", target_.object}, {"methods", methods_}, {"first", fetched_ + 1}, {"last", asked_}});
+        json({{"object", target_.object}, {"methods", methods_}, {"first", fetched_ + 1}, {"last", asked_}})
+            .dump());
 }
 
 bool RangeReader::receive(std::string_view called) {
-    json answer = target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
-    if (isUnknownMethod(answer["error"])) {
+    PluginAnswer answer =
+        target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
+    if (isUnknownMethod(answer)) {
         target_.process.abilities.ranges = false;
         return false;
     }
-    if (answer["error"].is_object()) {
-        error_ = PostponedError(std::string(called), answer["error"]);
+    if (answer.error) {
+        error_ = answer.error;
+        error_->method = called;
         return true;
     }
-    takeResults(called, answer["result"]);
+    takeResults(called, answer);
     return true;
 }
 
-void RangeReader::takeResults(std::string_view called, json& result) {
+void RangeReader::takeResults(std::string_view called, PluginAnswer& answer) {
     const auto methods = static_cast<std::int64_t>(methods_.size());
-    takeValues(target_.process, called, result, items_, (asked_ - fetched_) * methods);
-    if (result["error"].is_object()) {
-        error_ = PostponedError(std::string(called), result["error"]);
+    takeValues(target_.process, called, answer, items_, (asked_ - fetched_) * methods);
+    if (answer.itemError) {
+        error_ = answer.itemError;
         return;
     }
     const auto results = static_cast<std::int64_t>(items_.size());
@@ -191,12 +181,12 @@ std::optional<base::Variant> WhileReader::serve(std::string_view method,
         items_.pop_front();
         return item;
     }
-    if (error_.isSet()) {
-        if (asksMore && error_.method() == nextSentence) {
+    if (error_) {
+        if (asksMore && error_->method != moreSentences) {
             return true;  // there was a sentence, but it cannot be had
         }
         reading_ = false;
-        error_.raise(target_.process, method);
+        target_.process.raiseError(method, *error_);
     }
     if (asksMore) {
         return false;
@@ -211,12 +201,12 @@ void WhileReader::reset() {
     reading_ = false;
     more_ = false;
     items_.clear();
-    error_ = PostponedError();
+    error_.reset();
 }
 
 /// Makes sure that there is an item, an error or the end. False when the process knows no such request.
 bool WhileReader::fill(std::string_view called) {
-    if (!items_.empty() || error_.isSet() || !more_) {
+    if (!items_.empty() || error_ || !more_) {
         return true;
     }
     if (!pending_) {
@@ -226,37 +216,38 @@ bool WhileReader::fill(std::string_view called) {
 }
 
 void WhileReader::ask() {
-    pending_ = target_.process.post(protocol::whileMethod, {{"object", target_.object},
-                                                            {"more", moreSentences},
-                                                            {"next", nextSentence},
-                                                            {"count", itemsPerRequest}});
+    const json params = {{"object", target_.object},
+                         {"more", moreSentences},
+                         {"next", nextSentence},
+                         {"count", itemsPerRequest}};
+    pending_ = target_.process.post(protocol::whileMethod, params.dump());
 }
 
 bool WhileReader::receive(std::string_view called) {
-    json answer = target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
-    if (isUnknownMethod(answer["error"])) {
+    PluginAnswer answer =
+        target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
+    if (isUnknownMethod(answer)) {
         target_.process.abilities.whiles = false;
         reading_ = false;
         return false;
     }
-    if (answer["error"].is_object()) {
-        error_ = PostponedError(std::string(called), answer["error"]);
+    if (answer.error) {
+        error_ = answer.error;
+        error_->method = called;
         return true;
     }
-    takeResults(called, answer["result"]);
+    takeResults(called, answer);
     return true;
 }
 
-void WhileReader::takeResults(std::string_view called, json& result) {
-    takeValues(target_.process, called, result, items_, itemsPerRequest);
-    const json& error = result["error"];
-    if (error.is_object()) {
-        error_ = PostponedError(error.value("method", std::string(nextSentence)), error);
+void WhileReader::takeResults(std::string_view called, PluginAnswer& answer) {
+    takeValues(target_.process, called, answer, items_, itemsPerRequest);
+    if (answer.itemError) {
+        error_ = answer.itemError;
         return;
     }
-    const bool told = result["more"].is_boolean();
-    more_ = told && result["more"].get<bool>();
-    if (!told || (more_ && items_.empty())) {
+    more_ = answer.more.value_or(false);
+    if (!answer.more || (more_ && items_.empty())) {
         target_.process.fault(called, "the plug-in answered neither a sentence nor the end of them");
     }
     if (more_) {

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,21 +22,6 @@ struct PluginTarget {
     PluginProcess& process;
     std::int64_t object;
     PluginProcess::Milliseconds limit;
-};
-
-/// An error that came in place of an item: which method raised it, and the error object.
-class PostponedError {
-  public:
-    PostponedError() = default;
-    PostponedError(std::string method, const nlohmann::json& error);
-
-    [[nodiscard]] bool isSet() const { return !error_.empty(); }
-    [[nodiscard]] const std::string& method() const { return method_; }
-    [[noreturn]] void raise(const PluginProcess& process, std::string_view called) const;
-
-  private:
-    std::string method_;
-    std::string error_;  // JSON text
 };
 
 /// Reads items 1 to a known count, each through one or two methods that are asked in turn.
@@ -59,7 +43,7 @@ class RangeReader {
     bool isNext(std::string_view method, std::span<const base::Variant> arguments);
     void ask();
     bool receive(std::string_view called);
-    void takeResults(std::string_view called, nlohmann::json& result);
+    void takeResults(std::string_view called, PluginAnswer& answer);
 
     PluginTarget target_;
     std::string_view countMethod_;
@@ -71,7 +55,7 @@ class RangeReader {
     std::int64_t asked_ = 0;    // the last item of the request that is under way
     std::optional<PluginProcess::RequestId> pending_;
     std::deque<base::Variant> items_;
-    PostponedError error_;
+    std::optional<PluginError> error_;  // comes after the items
 };
 
 /// Reads sentences whose number nobody knows: MoreSentences and GetNextSentence in turn.
@@ -86,7 +70,7 @@ class WhileReader {
   private:
     bool fill(std::string_view called);
     bool receive(std::string_view called);
-    void takeResults(std::string_view called, nlohmann::json& result);
+    void takeResults(std::string_view called, PluginAnswer& answer);
     void ask();
 
     PluginTarget target_;
@@ -94,7 +78,7 @@ class WhileReader {
     bool more_ = false;  // whether the process has told that it is not at the end
     std::optional<PluginProcess::RequestId> pending_;
     std::deque<base::Variant> items_;
-    PostponedError error_;
+    std::optional<PluginError> error_;  // comes after the items
 };
 
 }  // namespace platform::posix
