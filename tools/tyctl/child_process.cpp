@@ -57,6 +57,7 @@ std::string ProcessEnd::text() const {
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));  // execvp takes but does not change them
     }

@@ -36,7 +36,7 @@ std::string joined(const std::vector<std::string>& words) {
 std::string excerpt(const std::string& sentence, const std::vector<std::string>& terms) {
     constexpr std::size_t longest = 240;
     constexpr std::size_t before = 80;
-    const std::string line = onOneLine(sentence);
+    std::string line = onOneLine(sentence);
     if (base::length(line) <= longest) {
         return line;
     }
@@ -76,7 +76,8 @@ void print(const SearchResult& result) {
                   << (result.searched.size() + result.unknown.size() > 1 ? "all of " : "")
                   << joined(result.unknown.empty() ? result.searched : result.unknown) << ".\n";
     } else if (result.found > result.hits.size()) {
-        std::cout << result.hits.size() << " of " << counted(result.found, "document")
+        std::cout << result.hits.size() << " of "
+                  << counted(static_cast<std::int64_t>(result.found), "document")
                   << "; --limit 0 shows all\n";
     } else {
         std::cout << counted(static_cast<std::int64_t>(result.found), "document") << '\n';

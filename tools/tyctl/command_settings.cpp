@@ -138,8 +138,10 @@ void listKey(Settings& settings, const std::string& key) {
     if (!key.empty() || status != platform::SettingsStatus::notFound) {
         settings.require(status, "list", {key, {}});
     }
+    const std::string prefix = key.empty() ? std::string() : key + "\\";
     for (const std::string& name : below) {
-        listKey(settings, key.empty() ? name : key + "\\" + name);
+        std::string path = prefix;
+        listKey(settings, path.append(name));
     }
 }
 

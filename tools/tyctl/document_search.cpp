@@ -71,6 +71,7 @@ SearchResult DocumentSearch::find(const std::vector<std::string>& terms, std::si
         return left.second.hits > right.second.hits;
     });
     std::vector<std::int64_t> hits;
+    hits.reserve(ordered.size());
     for (const auto& match : ordered) {
         hits.push_back(match.second.hits);
     }
