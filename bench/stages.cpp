@@ -42,18 +42,18 @@ class StagedService {
     nlohmann::json run() {
         bench::Stage all;
         std::uint32_t documents = 0;
-        infra::tysDataBase window(services_);
-        window.initialise();
         {
             const bench::Timing timing(all);
+            infra::tysDataBase window(services_);
+            window.initialise();
             while (const auto id = claim(window)) {
                 if (!indexer_.DoIndex(*id)) {
                     throw std::runtime_error("queue entry " + std::to_string(*id) + " failed");
                 }
                 ++documents;
             }
+            window.finalise();
         }
-        window.finalise();
         return report(documents, all);
     }
 

@@ -90,6 +90,7 @@ const std::vector<std::string>& document() {
     static const std::vector<std::string> sentences = [] {
         TextMaker maker;
         std::vector<std::string> made;
+        made.reserve(sentencesPerDocument);
         for (int i = 0; i < sentencesPerDocument; ++i) {
             made.push_back(maker.sentence());
         }
