@@ -96,12 +96,6 @@ std::string temporaryFolder() {
 
 AttachmentFiles::AttachmentFiles(std::time_t now) : prefix_(timePrefix(now)) {}
 
-AttachmentFiles::~AttachmentFiles() {
-    for (const std::string& path : paths_) {
-        unlink(path.c_str());
-    }
-}
-
 std::string AttachmentFiles::add(const std::string& name, const std::string& mimeType,
                                  const std::function<bool(int descriptor)>& write) {
     const std::filesystem::path folder = temporaryFolder();
@@ -123,11 +117,11 @@ std::string AttachmentFiles::add(const std::string& name, const std::string& mim
             throw writeError(path, errno);
         }
     }
-    paths_.push_back(path);
     errno = 0;
     const int failure = write(descriptor) ? 0 : (errno != 0 ? errno : EIO);
     const int closing = close(descriptor) == 0 ? 0 : errno;
     if (failure != 0 || closing != 0) {
+        unlink(path.c_str());
         throw writeError(path, failure != 0 ? failure : closing);
     }
     return path;

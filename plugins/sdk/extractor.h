@@ -72,6 +72,9 @@ struct Document {
     struct SubDocument {
         std::string tempPath;  // a file that the service indexes and then deletes
         std::string path;      // used when there is no such file
+        /// Makes that file and gives its path. Called when the service asks for the file, once: a file that
+        /// nobody asks for would stay for ever.
+        std::function<std::string()> makeFile = nullptr;
     };
 
     std::map<std::string, base::Variant>
