@@ -76,6 +76,9 @@ class FaultyPlugin {
         if (fault_ == "chatters" && method == place_) {
             std::cout << "by the way" << std::endl;
         }
+        if (fault_ == "dozes" && method == place_) {
+            stop();
+        }
     }
 
     json perform(const std::string& method, const json& params, int id) {
