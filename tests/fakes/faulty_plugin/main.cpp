@@ -108,6 +108,8 @@ class FaultyPlugin {
             document = describe(arguments[0]);
         } else if (method == "GetProcessID") {
             return {{"result", static_cast<int>(getpid())}};
+        } else if (method == "StartHelper") {
+            return {{"result", startHelper()}};
         } else if (method == "Echo") {
             return {{"result", arguments[0]}};
         } else if (method == "Swap") {
@@ -232,6 +234,15 @@ class FaultyPlugin {
         } else if (fault_ == "understates") {
             say(answer + R"("text"})");
         }
+    }
+
+    /// A process that never ends by itself; its number.
+    static int startHelper() {
+        const pid_t helper = fork();
+        if (helper == 0) {
+            stop();
+        }
+        return helper;
     }
 
     /// Says this in the place of the answer.

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "integration/plugins/plugin_fixture.h"
+#include "platform/posix/posix_process.h"
 
 namespace {
 
@@ -168,30 +169,66 @@ TEST_F(PluginFaults, NoProcessIsLeftWhenTheFactoryIsGone) {
     EXPECT_TRUE(noChildIsLeft());
 }
 
-TEST_F(PluginFaults, APluginDiesWithTheService) {
+/// Runs the service's part of a test, which ends its process; gives the number that it told before.
+template <class Service>
+pid_t runService(const Service& service) {
     std::array<int, 2> tell{};
-    ASSERT_EQ(pipe(tell.data()), 0);
-    const pid_t service = fork();
-    if (service == 0) {
-        // This is the service: it ends without any clean-up, while the plug-in hangs and reads nothing more.
-        auto object = create("hangs.release");
-        const std::int32_t plugin = call(*object, "GetProcessID").toInt32();
-        object.reset();
-        _exit(write(tell[1], &plugin, sizeof plugin) == sizeof plugin ? 0 : 1);
+    EXPECT_EQ(pipe(tell.data()), 0);
+    const pid_t id = fork();
+    if (id == 0) {
+        service([&](pid_t told) {
+            if (write(tell[1], &told, sizeof told) != sizeof told) {
+                _exit(1);
+            }
+        });
+        _exit(0);
     }
-    std::int32_t plugin = 0;
-    ASSERT_EQ(read(tell[0], &plugin, sizeof plugin), static_cast<ssize_t>(sizeof plugin));
-    waitpid(service, nullptr, 0);
-    const auto handle = static_cast<int>(syscall(SYS_pidfd_open, plugin, 0));
-    if (handle >= 0) {
-        pollfd ended{handle, POLLIN, 0};
-        EXPECT_EQ(poll(&ended, 1, 60'000), 1) << "the plug-in has outlived the service";
-        close(handle);
-    } else {
-        EXPECT_EQ(errno, ESRCH);
-    }
-    close(tell[0]);
     close(tell[1]);
+    pid_t told = 0;
+    EXPECT_EQ(read(tell[0], &told, sizeof told), static_cast<ssize_t>(sizeof told));
+    close(tell[0]);
+    waitpid(id, nullptr, 0);
+    return told;
+}
+
+/// Waits for the end of a process that is nobody's child here.
+bool ends(pid_t process) {
+    const auto handle = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+    if (handle < 0) {
+        return errno == ESRCH;
+    }
+    constexpr int patience = 60'000;
+    pollfd ended{handle, POLLIN, 0};
+    const bool hasEnded = poll(&ended, 1, patience) == 1;
+    close(handle);
+    return hasEnded;
+}
+
+TEST_F(PluginFaults, APluginDiesWithTheService) {
+    const pid_t plugin = runService([this](const auto& tell) {
+        // The service ends without any clean-up, while the plug-in hangs and reads nothing more.
+        auto object = create("hangs.release");
+        const pid_t id = call(*object, "GetProcessID").toInt32();
+        object.reset();
+        tell(id);
+        _exit(0);
+    });
+    EXPECT_TRUE(ends(plugin)) << "the plug-in has outlived the service";
+}
+
+TEST_F(PluginFaults, WhatAPluginHasStartedDiesWithAServiceThatEndsItself) {
+    for (const bool isInUse : {true, false}) {
+        const pid_t helper = runService([&](const auto& tell) {
+            auto object = create("a.plugin");
+            tell(call(*object, "StartHelper").toInt32());
+            if (!isInUse) {
+                object.reset();
+            }
+            platform::posix::PosixProcess process([this] { factory_.killProcesses(); });
+            process.endProcess(platform::ExitStatus::failed);
+        });
+        EXPECT_TRUE(ends(helper)) << "the helper has outlived the service";
+    }
 }
 
 }  // namespace

@@ -202,12 +202,18 @@ std::optional<std::string> ChildProcess::waitForEnd(std::chrono::milliseconds pa
 
 void ChildProcess::kill() noexcept {
     if (id_ > 0) {
-        ::kill(-id_, SIGKILL);
-        ::kill(id_, SIGKILL);  // when the group could not be made
+        sendKill();
         reap();
     }
     input_.reset();
     output_.reset();
+}
+
+void ChildProcess::sendKill() noexcept {
+    if (id_ > 0) {
+        ::kill(-id_, SIGKILL);
+        ::kill(id_, SIGKILL);  // when the group could not be made
+    }
 }
 
 void ChildProcess::reap() noexcept {

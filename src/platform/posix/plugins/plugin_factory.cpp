@@ -44,6 +44,12 @@ std::vector<std::string> pluginFolders(std::string_view programDirectory) {
 /// The processes of one ProgID.
 struct PluginFactory::Pool {
     std::shared_ptr<PluginProcess> warm;  // the one without an object; none when every process has one
+    std::vector<std::weak_ptr<PluginProcess>> all;
+
+    void add(const std::shared_ptr<PluginProcess>& process) {
+        std::erase_if(all, [](const auto& known) { return known.expired(); });
+        all.push_back(process);
+    }
 };
 
 PluginFactory::PluginFactory(std::vector<std::string> folders, CallLimit callLimit, std::size_t mostBytes)
@@ -71,6 +77,7 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
         }
     }
     auto process = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
+    pool->add(process);
     return std::make_unique<PluginObject>(lend(pool, std::move(process)), callLimit());
 }
 
@@ -86,6 +93,16 @@ std::shared_ptr<PluginProcess> PluginFactory::lend(const std::shared_ptr<Pool>& 
                 }
                 owner.reset();
             }};
+}
+
+void PluginFactory::killProcesses() noexcept {
+    for (const auto& [progId, pool] : pools_) {
+        for (const auto& known : pool->all) {
+            if (const auto process = known.lock()) {
+                process->killAtEnd();
+            }
+        }
+    }
 }
 
 std::string PluginFactory::findFile(const std::string& progId) const {

@@ -39,6 +39,10 @@ class PluginFactory : public AutomationFactory {
 
     std::unique_ptr<AutomationObject> create(std::string_view progId) override;
 
+    /// Kills every process with everything that it has started. For the end of the service without clean-up:
+    /// nothing else may be asked of the factory and its objects after it.
+    void killProcesses() noexcept;
+
   private:
     struct Pool;
 
