@@ -48,6 +48,12 @@ void limitSentences(std::vector<std::string>& sentences, std::size_t most) {
 
 }  // namespace
 
+bool Extractor::openByKey(std::int32_t key) {
+    throw ExtractionError(static_cast<int>(base::ErrorNumber::automationError),
+                          "a document cannot be opened by its key (" + std::to_string(key) +
+                              "): this plug-in opens files by their path");
+}
+
 bool DocumentExtractor::SetDocumentID(const std::string& path) {
     document_ = Document();
     sentencesRead_ = 0;

@@ -36,6 +36,12 @@ class Extractor {
     virtual ~Extractor() = default;
 
     virtual bool SetDocumentID(const std::string& path) = 0;
+
+    /// SetDocumentID with the key of a document in the library, in the place of a path: so the service asks
+    /// where a message has moved to. Raises an error unless the plug-in overrides it; the service then
+    /// indexes the document anew.
+    virtual bool openByKey(std::int32_t key);
+
     virtual std::int32_t GetLastErrorNumber() = 0;
     virtual std::string GetLastErrorString() = 0;
     virtual base::Variant GetDocumentProperty(const std::string& name) = 0;
