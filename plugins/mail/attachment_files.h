@@ -20,8 +20,8 @@ class AttachmentFiles {
     ~AttachmentFiles() = default;
 
     /// Makes a file for the attachment, readable by its owner alone, lets `write` fill it through a
-    /// descriptor, and gives its path. `write` answers false, with errno set, when it cannot; no file is left
-    /// then. The file belongs to the caller.
+    /// descriptor, and gives its path, of at most 250 bytes. `write` answers false, with errno set, when it
+    /// cannot; no file is left then. The file belongs to the caller.
     std::string add(const std::string& name, const std::string& mimeType,
                     const std::function<bool(int descriptor)>& write);
 

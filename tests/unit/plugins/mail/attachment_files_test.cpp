@@ -48,6 +48,46 @@ TEST(AttachmentFiles, NumberNamesThatRepeat) {
     EXPECT_EQ(samples::nameOf(second.add("a.txt", "", writeNothing)), "a~2.txt");
 }
 
+/// Makes a folder for temporary files whose path has this many bytes.
+void useFolderOfLength(const MailFolder& folder, std::size_t length) {
+    std::string path = folder.attachments();
+    while (path.size() < length) {
+        const std::size_t left = length - path.size() - 1;
+        path += "/" + std::string(left > 101 ? 100 : left, 'd');
+    }
+    ASSERT_EQ(path.size(), length);
+    std::filesystem::create_directories(path);
+    setenv("TMPDIR", path.c_str(), 1);
+}
+
+TEST(AttachmentFiles, HaveAPathOfAtMost250Bytes) {
+    const MailFolder folder;
+    useFolderOfLength(folder, 180);
+    std::string name;
+    for (int i = 0; i < 80; ++i) {
+        name += "\xE6\x96\x87";
+    }
+    mail::AttachmentFiles files(0);
+    const std::string first = files.add(name + ".docx", "", writeNothing);
+    const std::string second = files.add(name + ".docx", "", writeNothing);
+    EXPECT_THAT(first.size(), testing::AllOf(testing::Le(250U), testing::Gt(250U - 3)));
+    EXPECT_LE(second.size(), 250U);
+    EXPECT_THAT(samples::nameOf(first), testing::MatchesRegex("(\xE6\x96\x87)+\\.docx"));
+    EXPECT_THAT(samples::nameOf(second), testing::MatchesRegex("(\xE6\x96\x87)+~1\\.docx"));
+}
+
+TEST(AttachmentFiles, SayThatTheFolderLeavesNoRoomForAName) {
+    const MailFolder folder;
+    useFolderOfLength(folder, 240);
+    mail::AttachmentFiles files(0);
+    try {
+        files.add("a.txt", "", writeNothing);
+        FAIL() << "a path that the service cannot note went unnoticed";
+    } catch (const sdk::ExtractionError& error) {
+        EXPECT_THAT(error.what(), testing::HasSubstr("too long; set TMPDIR to a folder with a shorter one"));
+    }
+}
+
 TEST(AttachmentFiles, SayWhyOneCannotBeWritten) {
     const MailFolder folder;
     mail::AttachmentFiles files(0);
