@@ -1,10 +1,12 @@
 #include <poll.h>
+#include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 
 #include "integration/plugins/plugin_fixture.h"
 #include "platform/posix/posix_process.h"
@@ -167,6 +169,57 @@ TEST_F(PluginFaults, NoProcessIsLeftWhenTheFactoryIsGone) {
         factory.create("well.behaved");
     }
     EXPECT_TRUE(noChildIsLeft());
+}
+
+/// Holds a process so that its end stays unnoticed by its parent: the end goes to the holder first.
+class Holder {
+  public:
+    explicit Holder(pid_t process) {
+        std::array<int, 2> tell{};
+        EXPECT_EQ(pipe(tell.data()), 0);
+        id_ = fork();
+        if (id_ == 0) {
+            const char holds = ptrace(PTRACE_SEIZE, process, nullptr, nullptr) == 0 ? 'y' : 'n';
+            const bool told = write(tell[1], &holds, 1) == 1;
+            for (; told;) {
+                pause();
+            }
+            _exit(1);
+        }
+        close(tell[1]);
+        char holds = 'n';
+        EXPECT_EQ(read(tell[0], &holds, 1), 1);
+        close(tell[0]);
+        holds_ = holds == 'y';
+    }
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder() {
+        kill(id_, SIGKILL);
+        waitpid(id_, nullptr, 0);
+    }
+
+    [[nodiscard]] bool holds() const { return holds_; }
+
+  private:
+    pid_t id_ = -1;
+    bool holds_ = false;
+};
+
+TEST_F(PluginFaults, AProcessThatDoesNotEndWhenItIsKilledHoldsUpNobodyForever) {
+    auto object = create("mumbles.Echo");
+    const pid_t plugin = call(*object, "GetProcessID").toInt32();
+    {
+        const Holder holder(plugin);
+        if (!holder.holds()) {
+            GTEST_SKIP() << "the system lets nobody trace a process";
+        }
+        EXPECT_THAT(errorOf([&] { call(*object, "Echo", "text"); }).description(), HasSubstr("not JSON-RPC"));
+        EXPECT_EQ(waitpid(plugin, nullptr, WNOHANG), 0) << "it was not held";
+    }
+    create("a.plugin");  // takes notice of what has ended since
+    EXPECT_EQ(waitpid(plugin, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
 }
 
 /// Runs the service's part of a test, which ends its process; gives the number that it told before.

@@ -49,7 +49,9 @@ class ChildProcess {
     /// when it is still there after that time.
     std::optional<std::string> waitForEnd(std::chrono::milliseconds patience);
 
-    /// Kills the program with everything that it has started. Does nothing when that has been done.
+    /// Kills the program with everything that it has started. Does nothing when that has been done. A process
+    /// that does not end even so, because the system waits for a device on its behalf, is left alone after a
+    /// moment; the next start of a program takes notice of its end.
     void kill() noexcept;
 
     /// Sends the kill and does not wait for its effect: for a service that is about to end itself.
