@@ -10,11 +10,11 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <utility>
 #include <vector>
 
 #include "base/runtime_error.h"
+#include "platform/posix/system_error.h"
 
 namespace platform::posix {
 namespace {
@@ -27,7 +27,7 @@ constexpr std::chrono::milliseconds timeToDie{1000};
 constexpr int outputBuffer = 1024 * 1024;
 
 [[noreturn]] void raise(const std::string& what, int error) {
-    throw base::RuntimeError(base::ErrorNumber::cannotCreateObject, what + ": " + std::strerror(error));
+    throw systemError(base::ErrorNumber::cannotCreateObject, error, what);
 }
 
 struct Ends {
