@@ -81,6 +81,31 @@ sdk::ExtractionError writeError(const std::string& path, int code) {
                              "cannot write the attachment: " + std::generic_category().message(code));
 }
 
+/// The beginning of a text, cut between two characters.
+std::string_view cutToBytes(std::string_view text, std::size_t most) {
+    while (text.size() > most) {
+        text = base::left(text, base::length(text) - 1);
+    }
+    return text;
+}
+
+/// The path of a file whose name is cut where it would be too long. The service notes each temporary file
+/// until it is deleted, and cannot read a note of more than 255 bytes.
+std::string shortPath(const std::filesystem::path& folder, const std::string& prefix, const std::string& base,
+                      const std::string& ending) {
+    constexpr std::size_t longestPath = 250;
+    constexpr std::size_t shortestBase = 8;
+    const std::size_t others = (folder / prefix).string().size() + ending.size();
+    if (others + shortestBase > longestPath) {
+        throw shared::openError(shared::OpenError::cannotWriteAttachment, folder.string(),
+                                "the path of this folder for temporary files is too long; set TMPDIR to a "
+                                "folder with a shorter one");
+    }
+    std::string file = prefix;
+    file.append(cutToBytes(base, longestPath - others)).append(ending);
+    return (folder / file).string();
+}
+
 std::string temporaryFolder() {
     std::error_code failure;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(failure);
@@ -96,38 +121,29 @@ std::string temporaryFolder() {
 
 AttachmentFiles::AttachmentFiles(std::time_t now) : prefix_(timePrefix(now)) {}
 
-AttachmentFiles::~AttachmentFiles() {
-    for (const std::string& path : paths_) {
-        unlink(path.c_str());
-    }
-}
-
 std::string AttachmentFiles::add(const std::string& name, const std::string& mimeType,
                                  const std::function<bool(int descriptor)>& write) {
     const std::filesystem::path folder = temporaryFolder();
-    const std::string base = prefix_ + attachmentBaseName(name);
+    const std::string base = attachmentBaseName(name);
     const std::string ending = "." + attachmentExtension(name, mimeType);
     int& used = used_[base + ending];
     std::string path;
     int descriptor = -1;
     // Names repeat, within a message and among those of one second: the file that is there is never touched.
     while (descriptor < 0) {
-        std::string file = base;
-        if (used > 0) {
-            file.append("~").append(std::to_string(used));
-        }
+        const std::string number = used == 0 ? "" : "~" + std::to_string(used);
         ++used;
-        path = (folder / file.append(ending)).string();
+        path = shortPath(folder, prefix_, base, number + ending);
         descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (descriptor < 0 && errno != EEXIST) {
             throw writeError(path, errno);
         }
     }
-    paths_.push_back(path);
     errno = 0;
     const int failure = write(descriptor) ? 0 : (errno != 0 ? errno : EIO);
     const int closing = close(descriptor) == 0 ? 0 : errno;
     if (failure != 0 || closing != 0) {
+        unlink(path.c_str());
         throw writeError(path, failure != 0 ? failure : closing);
     }
     return path;
@@ -158,10 +174,7 @@ std::string attachmentBaseName(std::string_view name) {
                    std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
         },
         '_');
-    std::string_view kept = base::left(clean, mostCharacters);
-    while (kept.size() > mostBytes) {
-        kept = base::left(kept, base::length(kept) - 1);
-    }
+    std::string_view kept = cutToBytes(base::left(clean, mostCharacters), mostBytes);
     while (!kept.empty() && (kept.front() == '.' || kept.front() == ' ')) {
         kept.remove_prefix(1);
     }

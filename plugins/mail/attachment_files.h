@@ -1,5 +1,5 @@
 // AttachmentFiles writes a message's attachments to the system's folder for temporary files, where the
-// service indexes and deletes them. Until keep() is called they belong to this object, which deletes them.
+// service indexes and deletes them. The attachments of one message share it.
 #pragma once
 
 #include <ctime>
@@ -7,7 +7,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace mail {
 
@@ -18,19 +17,16 @@ class AttachmentFiles {
     explicit AttachmentFiles(std::time_t now);
     AttachmentFiles(const AttachmentFiles&) = delete;
     AttachmentFiles& operator=(const AttachmentFiles&) = delete;
-    ~AttachmentFiles();
+    ~AttachmentFiles() = default;
 
     /// Makes a file for the attachment, readable by its owner alone, lets `write` fill it through a
-    /// descriptor, and gives its path. `write` answers false, with errno set, when it cannot.
+    /// descriptor, and gives its path, of at most 250 bytes. `write` answers false, with errno set, when it
+    /// cannot; no file is left then. The file belongs to the caller.
     std::string add(const std::string& name, const std::string& mimeType,
                     const std::function<bool(int descriptor)>& write);
 
-    /// Leaves the files to the service.
-    void keep() { paths_.clear(); }
-
   private:
     std::string prefix_;
-    std::vector<std::string> paths_;
     std::map<std::string, int> used_;  // how often a name was given; many parts of a message may share one
 };
 

@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <memory>
 #include <string_view>
 #include <utility>
 
-#include "mail/attachment_files.h"
 #include "mail/gmime_handles.h"
 #include "mail/message_parts.h"
 #include "shared/charset.h"
@@ -122,18 +122,16 @@ sdk::Document readMailDocument(const std::string& path, std::size_t mostSentence
     sdk::Document document;
     shared::setFileProperties(document, file);
     shared::SentenceCollector sentences(mostSentences);
-    AttachmentFiles files(std::time(nullptr));
 
     const std::string head = file.head(shared::binarySample);
-    const ObjectHandle<GMimeMessage> message = parse(file, messageStart(head));
+    const std::shared_ptr<GMimeMessage> message = parse(file, messageStart(head));
     if (!hasHeaders(message.get())) {
         readHeaderless(sentences, file);
     } else {
         readHeaders(document, message.get());
-        MessageParts(sentences, files, document).read(message.get());
+        MessageParts(sentences, document, message).read();
     }
     document.sentences = sentences.take();
-    files.keep();
     return document;
 }
 

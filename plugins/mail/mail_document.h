@@ -8,9 +8,10 @@
 
 namespace mail {
 
-/// The subject is the title; sender, recipients and date are meta tags; every attachment becomes a temporary
-/// file, which the caller owns. A file without a single header line is read as plain text. An ExtractionError
-/// says why a file is no message or cannot be read; no temporary file is left then.
+/// The subject is the title; sender, recipients and date are meta tags; every attachment is a
+/// sub-document whose temporary file is made when it is asked for, out of the message's own file, which stays
+/// open as long. A file without a single header line is read as plain text. An ExtractionError says why a
+/// file is no message or cannot be read.
 sdk::Document readMailDocument(const std::string& path, std::size_t mostSentences);
 
 }  // namespace mail

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 #include <cerrno>
+#include <ctime>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -116,8 +117,15 @@ std::string withoutQuoteMarks(std::string_view text) {
 
 }  // namespace
 
-void MessageParts::read(GMimeMessage* message) {
-    if (GMimeObject* part = g_mime_message_get_mime_part(message)) {
+MessageParts::MessageParts(shared::SentenceCollector& sentences, sdk::Document& document,
+                           std::shared_ptr<GMimeMessage> message)
+    : sentences_(sentences),
+      document_(document),
+      message_(std::move(message)),
+      files_(std::make_shared<AttachmentFiles>(std::time(nullptr))) {}
+
+void MessageParts::read() {
+    if (GMimeObject* part = g_mime_message_get_mime_part(message_.get())) {
         readPart(part, Take::everything, 0);
     }
 }
@@ -199,9 +207,9 @@ void MessageParts::readPlainText(const std::string& text) {
     std::string_view rest = text;
     while (const auto file = findEncodedFile(rest)) {
         shared::addPlainText(sentences_, withoutQuoteMarks(file->before));
-        addAttachment(file->name, "", [&file](int descriptor) {
-            return writeTo(descriptor, [&file](GMimeStream* stream) {
-                return g_mime_stream_write(stream, file->bytes.data(), file->bytes.size());
+        addAttachment(file->name, "", [bytes = file->bytes](int descriptor) {
+            return writeTo(descriptor, [&bytes](GMimeStream* stream) {
+                return g_mime_stream_write(stream, bytes.data(), bytes.size());
             });
         });
         rest = file->after;
@@ -210,10 +218,13 @@ void MessageParts::readPlainText(const std::string& text) {
     foundText_ = true;
 }
 
-void MessageParts::addAttachment(const std::string& name, const std::string& mimeType,
-                                 const std::function<bool(int)>& write) {
+/// `write` may use any part of the message.
+void MessageParts::addAttachment(std::string name, std::string mimeType, std::function<bool(int)> write) {
     if (document_.subDocuments.size() < mostAttachments) {
-        document_.subDocuments.push_back({files_.add(name, mimeType, write), ""});
+        document_.subDocuments.push_back(
+            {"", "",
+             [message = message_, files = files_, name = std::move(name), mimeType = std::move(mimeType),
+              write = std::move(write)] { return files->add(name, mimeType, write); }});
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "mail/attachment_files.h"
@@ -15,12 +16,13 @@ namespace mail {
 
 class MessageParts {
   public:
-    MessageParts(shared::SentenceCollector& sentences, AttachmentFiles& files, sdk::Document& document)
-        : sentences_(sentences), files_(files), document_(document) {}
+    /// The document's attachments keep the message as long as they may be asked for.
+    MessageParts(shared::SentenceCollector& sentences, sdk::Document& document,
+                 std::shared_ptr<GMimeMessage> message);
 
-    /// Adds the text of the message to the sentences and writes its attachments to files. Of alternatives
+    /// Adds the text of the message to the sentences and its attachments to the document. Of alternatives
     /// that say the same, the plain text is read, else the HTML.
-    void read(GMimeMessage* message);
+    void read();
 
     [[nodiscard]] bool foundText() const { return foundText_; }
 
@@ -34,14 +36,14 @@ class MessageParts {
     void readLeaf(GMimePart* part, Take take);
     void readText(GMimePart* part, GMimeContentType* type);
     void readPlainText(const std::string& text);
-    void addAttachment(const std::string& name, const std::string& mimeType,
-                       const std::function<bool(int)>& write);
+    void addAttachment(std::string name, std::string mimeType, std::function<bool(int)> write);
     void addPartFile(GMimePart* part);
     void addMessageFile(GMimeMessagePart* part);
 
     shared::SentenceCollector& sentences_;
-    AttachmentFiles& files_;
     sdk::Document& document_;
+    std::shared_ptr<GMimeMessage> message_;
+    std::shared_ptr<AttachmentFiles> files_;
     bool foundText_ = false;
 };
 

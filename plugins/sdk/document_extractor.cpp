@@ -12,8 +12,8 @@ namespace sdk {
 namespace {
 
 /// The item at a 1-based index; an index without an item is an error that names both.
-template <class Item>
-const Item& itemAt(const std::vector<Item>& items, std::int16_t index) {
+template <class Items>
+auto& itemAt(Items& items, std::int16_t index) {
     if (index < 1 || static_cast<std::size_t>(index) > items.size()) {
         throw ExtractionError(
             static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
@@ -47,6 +47,12 @@ void limitSentences(std::vector<std::string>& sentences, std::size_t most) {
 }
 
 }  // namespace
+
+bool Extractor::openByKey(std::int32_t key) {
+    throw ExtractionError(static_cast<int>(base::ErrorNumber::automationError),
+                          "a document cannot be opened by its key (" + std::to_string(key) +
+                              "): this plug-in opens files by their path");
+}
 
 bool DocumentExtractor::SetDocumentID(const std::string& path) {
     document_ = Document();
@@ -161,7 +167,12 @@ std::int16_t DocumentExtractor::GetNumberofSubDocuments() {
 
 std::string DocumentExtractor::GetSubDocumentTempPath(std::int16_t index) {
     clearError();
-    return itemAt(document_.subDocuments, index).tempPath;
+    Document::SubDocument& subDocument = itemAt(document_.subDocuments, index);
+    if (subDocument.makeFile) {
+        subDocument.tempPath = subDocument.makeFile();
+        subDocument.makeFile = nullptr;  // from here on the file is the service's
+    }
+    return subDocument.tempPath;
 }
 
 std::string DocumentExtractor::GetSubDocumentPath(std::int16_t index) {

@@ -36,6 +36,12 @@ class Extractor {
     virtual ~Extractor() = default;
 
     virtual bool SetDocumentID(const std::string& path) = 0;
+
+    /// SetDocumentID with the key of a document in the library, in the place of a path: so the service asks
+    /// where a message has moved to. Raises an error unless the plug-in overrides it; the service then
+    /// indexes the document anew.
+    virtual bool openByKey(std::int32_t key);
+
     virtual std::int32_t GetLastErrorNumber() = 0;
     virtual std::string GetLastErrorString() = 0;
     virtual base::Variant GetDocumentProperty(const std::string& name) = 0;
@@ -72,6 +78,9 @@ struct Document {
     struct SubDocument {
         std::string tempPath;  // a file that the service indexes and then deletes
         std::string path;      // used when there is no such file
+        /// Makes that file and gives its path. Called when the service asks for the file, once: a file that
+        /// nobody asks for would stay for ever.
+        std::function<std::string()> makeFile = nullptr;
     };
 
     std::map<std::string, base::Variant>

@@ -37,9 +37,23 @@ Method withText() {
             }};
 }
 
+bool isNumber(const base::Variant& value) {
+    return std::holds_alternative<std::int16_t>(value.value()) ||
+           std::holds_alternative<std::int32_t>(value.value()) ||
+           std::holds_alternative<double>(value.value());
+}
+
+/// A number is a document's key, not the path of a file with such a name.
+Method openDocument() {
+    return {1, [](Extractor& extractor, std::span<base::Variant> arguments) -> base::Variant {
+                return isNumber(arguments[0]) ? extractor.openByKey(arguments[0].toInt32())
+                                              : extractor.SetDocumentID(arguments[0].toText());
+            }};
+}
+
 const std::map<std::string_view, Method>& methods() {
     static const std::map<std::string_view, Method> table = {
-        {"SetDocumentID", withText<&Extractor::SetDocumentID>()},
+        {"SetDocumentID", openDocument()},
         {"GetLastErrorNumber", withoutArguments<&Extractor::GetLastErrorNumber>()},
         {"GetLastErrorString", withoutArguments<&Extractor::GetLastErrorString>()},
         {"GetDocumentProperty", withText<&Extractor::GetDocumentProperty>()},

@@ -88,11 +88,10 @@ base::DateTime localTime(std::time_t moment) {
 }
 
 void setFileProperties(sdk::Document& document, const InputFile& file) {
-    const bool fits = file.size() <= std::numeric_limits<std::int32_t>::max();
+    constexpr std::int64_t largest = std::numeric_limits<std::int32_t>::max();
     document.properties["source_url"] = "";
     document.properties["title"] = "";
-    document.properties["data_size"] = fits ? base::Variant(static_cast<std::int32_t>(file.size()))
-                                            : base::Variant(static_cast<double>(file.size()));
+    document.properties["data_size"] = static_cast<std::int32_t>(std::min(file.size(), largest));
     document.properties["last_time_modified"] = file.lastModified();
 }
 

@@ -52,7 +52,8 @@ class InputFile {
 /// The moment in local time; the zero date where the calendar of a DateTime has no such moment.
 base::DateTime localTime(std::time_t moment);
 
-/// The properties that every document has; the size is a 32-bit number where it fits and a double elsewhere.
+/// The properties that every document has. The service keeps sizes in 32 bits and cannot index a document
+/// that is larger by its own account: such a file counts as one of 2147483647 bytes.
 void setFileProperties(sdk::Document& document, const InputFile& file);
 
 }  // namespace shared

@@ -74,7 +74,8 @@ class Daemon {
     Options options_;
     app::StatementTrace trace_;
     platform::posix::SettingsFile settings_{platform::posix::settingsPath()};
-    platform::posix::PosixProcess process_;
+    /// The end without clean-up would leave behind what plug-ins have started.
+    platform::posix::PosixProcess process_{[this] { plugins_.killProcesses(); }};
     platform::posix::PosixFiles files_;
     platform::posix::NoDrives drives_;
     platform::posix::SystemClock clock_;

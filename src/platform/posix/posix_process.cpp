@@ -35,6 +35,9 @@ bool PosixProcess::setPriorityClass(ProcessHandle process, PriorityClass priorit
 }
 
 void PosixProcess::endProcess(ExitStatus status) {
+    if (beforeEnd_) {
+        beforeEnd_();
+    }
     // Without clean-up: destructors of a job in progress would touch a database in an unknown state.
     _exit(static_cast<int>(status));
 }

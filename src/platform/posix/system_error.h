@@ -10,4 +10,7 @@ namespace platform::posix {
 /// The error for an errno value; `what` says what was being done, with the path.
 [[nodiscard]] base::RuntimeError systemError(int error, const std::string& what);
 
+/// The same under a number of the service's own, for a failure that its callers know by that number.
+[[nodiscard]] base::RuntimeError systemError(base::ErrorNumber number, int error, const std::string& what);
+
 }  // namespace platform::posix

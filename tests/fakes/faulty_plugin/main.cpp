@@ -76,6 +76,9 @@ class FaultyPlugin {
         if (fault_ == "chatters" && method == place_) {
             std::cout << "by the way" << std::endl;
         }
+        if (fault_ == "dozes" && method == place_) {
+            stop();
+        }
     }
 
     json perform(const std::string& method, const json& params, int id) {
@@ -105,6 +108,8 @@ class FaultyPlugin {
             document = describe(arguments[0]);
         } else if (method == "GetProcessID") {
             return {{"result", static_cast<int>(getpid())}};
+        } else if (method == "StartHelper") {
+            return {{"result", startHelper()}};
         } else if (method == "Echo") {
             return {{"result", arguments[0]}};
         } else if (method == "Swap") {
@@ -229,6 +234,15 @@ class FaultyPlugin {
         } else if (fault_ == "understates") {
             say(answer + R"("text"})");
         }
+    }
+
+    /// A process that never ends by itself; its number.
+    static int startHelper() {
+        const pid_t helper = fork();
+        if (helper == 0) {
+            stop();
+        }
+        return helper;
     }
 
     /// Says this in the place of the answer.

@@ -61,6 +61,12 @@ TEST_F(AuthorGuide, ShowsAPluginThatReportsItsErrors) {
                 testing::StartsWith("Example.LineExtractor: GetSentenceText: "));
 }
 
+TEST_F(AuthorGuide, ShowsAPluginThatTakesNoKeyForAPath) {
+    auto object = factory_.create("Example.LineExtractor");
+    EXPECT_THAT(errorOf([&] { call(*object, "SetDocumentID", 7); }).description(),
+                testing::HasSubstr("a document cannot be opened by its key"));
+}
+
 TEST_F(AuthorGuide, ShowsAPluginThatServesManyDocuments) {
     auto first = factory_.create("Example.LineExtractor");
     auto second = factory_.create("Example.LineExtractor");

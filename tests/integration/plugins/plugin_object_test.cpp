@@ -1,4 +1,5 @@
 #include <array>
+#include <cerrno>
 #include <csignal>
 
 #include "integration/plugins/plugin_fixture.h"
@@ -11,18 +12,36 @@ using testing::HasSubstr;
 
 class PluginObject : public PluginTest {};
 
-TEST_F(PluginObject, IsOneOfManyInAWarmProcess) {
+TEST_F(PluginObject, LivesInTheProcessOfTheOneBefore) {
     auto first = open("a.plugin", "1");
     const auto process = call(*first, "GetProcessID");
-    auto nested = open("a.plugin", "2");
-    EXPECT_EQ(call(*nested, "GetProcessID"), process);
-    EXPECT_EQ(call(*nested, "GetNumberofMetaTags"), base::Variant(2));
-    EXPECT_EQ(call(*first, "GetNumberofMetaTags"), base::Variant(1));
     first.reset();
-    nested.reset();
     auto next = open("a.plugin", "3");
     EXPECT_EQ(call(*next, "GetProcessID"), process);
-    EXPECT_EQ(asked("a.plugin", "release").size(), 2U);
+    EXPECT_EQ(asked("a.plugin", "release").size(), 1U);
+}
+
+TEST_F(PluginObject, SharesItsProcessWithNoLivingOne) {
+    auto outer = open("a.plugin", "1");
+    auto nested = open("a.plugin", "2");
+    const auto process = call(*nested, "GetProcessID");
+    EXPECT_NE(call(*outer, "GetProcessID"), process);
+    EXPECT_EQ(call(*nested, "GetNumberofMetaTags"), base::Variant(2));
+    EXPECT_EQ(call(*outer, "GetNumberofMetaTags"), base::Variant(1));
+    nested.reset();
+    EXPECT_EQ(call(*open("a.plugin", "1"), "GetProcessID"), process);
+}
+
+TEST_F(PluginObject, LeavesOneProcessOfItsProgIdWaiting) {
+    auto outer = open("a.plugin", "1");
+    auto nested = open("a.plugin", "2");
+    const pid_t first = call(*nested, "GetProcessID").toInt32();
+    const pid_t second = call(*outer, "GetProcessID").toInt32();
+    nested.reset();
+    outer.reset();
+    EXPECT_EQ(kill(first, 0), 0);
+    EXPECT_EQ(kill(second, 0), -1);
+    EXPECT_EQ(errno, ESRCH);
 }
 
 TEST_F(PluginObject, OfAnotherProgIdLivesInAnotherProcess) {

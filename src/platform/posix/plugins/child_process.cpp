@@ -10,21 +10,24 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <utility>
+#include <vector>
 
 #include "base/runtime_error.h"
+#include "platform/posix/system_error.h"
 
 namespace platform::posix {
 namespace {
 
 /// How long a program may take to end after its input was closed.
 constexpr std::chrono::milliseconds timeToEnd{1000};
+/// How long a program may take to end after it was killed.
+constexpr std::chrono::milliseconds timeToDie{1000};
 /// A pipe this large lets a plug-in finish a read-ahead while the engine is busy with the texts before it.
 constexpr int outputBuffer = 1024 * 1024;
 
 [[noreturn]] void raise(const std::string& what, int error) {
-    throw base::RuntimeError(base::ErrorNumber::cannotCreateObject, what + ": " + std::strerror(error));
+    throw systemError(base::ErrorNumber::cannotCreateObject, error, what);
 }
 
 struct Ends {
@@ -95,6 +98,21 @@ void restoreSignals() {
     _exit(cannotRun);
 }
 
+/// Takes notice of the end of a process, so that the system forgets it; false while it is still there.
+bool tryReap(pid_t id) noexcept {
+    pid_t answer = 0;
+    do {
+        answer = waitpid(id, nullptr, WNOHANG);
+    } while (answer < 0 && errno == EINTR);
+    return answer != 0;
+}
+
+/// Processes that were killed and had not ended a moment later.
+std::vector<pid_t>& dyingProcesses() {
+    static std::vector<pid_t> ids;
+    return ids;
+}
+
 /// The error number that the new process told before it gave up; 0 when it runs the program.
 int startFailure(const FileDescriptor& failure) {
     int error = 0;
@@ -127,6 +145,7 @@ int FileDescriptor::release() noexcept {
 }
 
 ChildProcess::ChildProcess(const std::string& file) {
+    std::erase_if(dyingProcesses(), tryReap);
     Ends inputEnds = makeSocketPair();
     Ends outputEnds = makePipe();
     Ends failureEnds = makePipe();
@@ -202,16 +221,29 @@ std::optional<std::string> ChildProcess::waitForEnd(std::chrono::milliseconds pa
 
 void ChildProcess::kill() noexcept {
     if (id_ > 0) {
-        ::kill(-id_, SIGKILL);
-        ::kill(id_, SIGKILL);  // when the group could not be made
+        sendKill();
         reap();
     }
     input_.reset();
     output_.reset();
 }
 
+void ChildProcess::sendKill() noexcept {
+    if (id_ > 0) {
+        ::kill(-id_, SIGKILL);
+        ::kill(id_, SIGKILL);  // when the group could not be made
+    }
+}
+
 void ChildProcess::reap() noexcept {
-    while (waitpid(id_, nullptr, 0) < 0 && errno == EINTR) {
+    constexpr int step = 2;
+    const auto deadline = std::chrono::steady_clock::now() + timeToDie;
+    while (!tryReap(id_)) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            dyingProcesses().push_back(id_);
+            break;
+        }
+        poll(nullptr, 0, step);
     }
     id_ = -1;
 }

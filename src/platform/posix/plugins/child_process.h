@@ -30,7 +30,8 @@ class FileDescriptor {
 
 class ChildProcess {
   public:
-    /// Starts an executable file without arguments, in a process group of its own. It dies with the service.
+    /// Starts an executable file without arguments, in a process group of its own. It dies with the service,
+    /// but what it has started does not when the service itself is killed.
     /// Raises a base::RuntimeError with the system's reason when it cannot be started.
     explicit ChildProcess(const std::string& file);
     ChildProcess(const ChildProcess&) = delete;
@@ -48,8 +49,13 @@ class ChildProcess {
     /// when it is still there after that time.
     std::optional<std::string> waitForEnd(std::chrono::milliseconds patience);
 
-    /// Kills the program with everything that it has started. Does nothing when that has been done.
+    /// Kills the program with everything that it has started. Does nothing when that has been done. A process
+    /// that does not end even so, because the system waits for a device on its behalf, is left alone after a
+    /// moment; the next start of a program takes notice of its end.
     void kill() noexcept;
+
+    /// Sends the kill and does not wait for its effect: for a service that is about to end itself.
+    void sendKill() noexcept;
 
   private:
     void letEnd();

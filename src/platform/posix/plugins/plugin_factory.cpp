@@ -41,6 +41,17 @@ std::vector<std::string> pluginFolders(std::string_view programDirectory) {
     return folders;
 }
 
+/// The processes of one ProgID.
+struct PluginFactory::Pool {
+    std::shared_ptr<PluginProcess> warm;  // the one without an object; none when every process has one
+    std::vector<std::weak_ptr<PluginProcess>> all;
+
+    void add(const std::shared_ptr<PluginProcess>& process) {
+        std::erase_if(all, [](const auto& known) { return known.expired(); });
+        all.push_back(process);
+    }
+};
+
 PluginFactory::PluginFactory(std::vector<std::string> folders, CallLimit callLimit, std::size_t mostBytes)
     : folders_(std::move(folders)), callLimit_(std::move(callLimit)), mostBytes_(mostBytes) {}
 
@@ -51,20 +62,47 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
     if (!isFileName(name)) {
         cannotCreate(name, "that is no name of a plug-in");
     }
-    std::shared_ptr<PluginProcess>& process = processes_[name];
-    if (process != nullptr && process->isGood()) {
+    std::shared_ptr<Pool>& pool = pools_[name];
+    if (pool == nullptr) {
+        pool = std::make_shared<Pool>();
+    }
+    if (const auto warm = std::exchange(pool->warm, nullptr); warm != nullptr && warm->isGood()) {
         try {
-            return std::make_unique<PluginObject>(process, callLimit());
+            return std::make_unique<PluginObject>(lend(pool, warm), callLimit());
         } catch (const base::RuntimeError&) {
             // A process that broke between two documents is nobody's error: the document gets a fresh one.
-            if (!process->isGone()) {
+            if (!warm->isGone()) {
                 throw;
             }
         }
     }
-    process.reset();
-    process = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
-    return std::make_unique<PluginObject>(process, callLimit());
+    auto process = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
+    pool->add(process);
+    return std::make_unique<PluginObject>(lend(pool, std::move(process)), callLimit());
+}
+
+/// The process for one object. When the object is gone, the process waits for the next one; where another
+/// waits already, it ends.
+std::shared_ptr<PluginProcess> PluginFactory::lend(const std::shared_ptr<Pool>& pool,
+                                                   std::shared_ptr<PluginProcess> process) {
+    PluginProcess* const lent = process.get();
+    return {lent, [waiting = std::weak_ptr<Pool>(pool), owner = std::move(process)](PluginProcess*) mutable {
+                const auto home = waiting.lock();
+                if (home != nullptr && !owner->isGone() && (home->warm == nullptr || !home->warm->isGood())) {
+                    home->warm.swap(owner);
+                }
+                owner.reset();
+            }};
+}
+
+void PluginFactory::killProcesses() noexcept {
+    for (const auto& [progId, pool] : pools_) {
+        for (const auto& known : pool->all) {
+            if (const auto process = known.lock()) {
+                process->killAtEnd();
+            }
+        }
+    }
 }
 
 std::string PluginFactory::findFile(const std::string& progId) const {

@@ -1,6 +1,7 @@
 // A PluginFactory gives automation objects that live in plug-in processes: an executable file named by the
 // ProgID in one of the plug-in folders. The composition root owns it. A process is started on first use and
-// kept for the documents after; after a fault the next object gets a fresh one.
+// kept for the documents after; after a fault the next object gets a fresh one. No two objects share a
+// process: a crash over an attachment must not cost the document around it.
 #pragma once
 
 #include <chrono>
@@ -38,14 +39,22 @@ class PluginFactory : public AutomationFactory {
 
     std::unique_ptr<AutomationObject> create(std::string_view progId) override;
 
+    /// Kills every process with everything that it has started. For the end of the service without clean-up:
+    /// nothing else may be asked of the factory and its objects after it.
+    void killProcesses() noexcept;
+
   private:
+    struct Pool;
+
+    static std::shared_ptr<PluginProcess> lend(const std::shared_ptr<Pool>& pool,
+                                               std::shared_ptr<PluginProcess> process);
     [[nodiscard]] std::string findFile(const std::string& progId) const;
     [[nodiscard]] std::chrono::milliseconds callLimit() const;
 
     std::vector<std::string> folders_;
     CallLimit callLimit_;
     std::size_t mostBytes_;
-    std::map<std::string, std::shared_ptr<PluginProcess>> processes_;  // by ProgID
+    std::map<std::string, std::shared_ptr<Pool>> pools_;  // by ProgID
 };
 
 }  // namespace platform::posix

@@ -60,6 +60,9 @@ class PluginProcess {
     bool isGood() noexcept;
     [[nodiscard]] bool isGone() const { return cause_.has_value(); }
 
+    /// Kills the process with everything that it has started, for a service that is about to end itself.
+    void killAtEnd() noexcept { child_.sendKill(); }
+
     Abilities abilities;
 
   private:

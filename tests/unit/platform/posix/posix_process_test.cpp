@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 
 #include <sys/resource.h>
@@ -62,6 +63,21 @@ TEST(PosixProcess, EndsWithTheStatusAndWithoutCleanUp) {
                   }),
                   static_cast<int>(status));
     }
+}
+
+TEST(PosixProcess, RunsItsHookBeforeItEnds) {
+    std::array<int, 2> tell{};
+    ASSERT_EQ(pipe(tell.data()), 0);
+    const int status = inChild([&tell]() -> int {
+        PosixProcess([&tell] {
+            static_cast<void>(write(tell[1], "x", 1) == 1);
+        }).endProcess(ExitStatus::setupFailed);
+    });
+    close(tell[1]);
+    char told = 0;
+    EXPECT_EQ(read(tell[0], &told, 1), 1);
+    EXPECT_EQ(status, static_cast<int>(ExitStatus::setupFailed));
+    close(tell[0]);
 }
 
 TEST(PosixProcess, KnowsTheFolderOfTheProgram) {

@@ -43,25 +43,49 @@ TEST(AttachmentFiles, NumberNamesThatRepeat) {
     mail::AttachmentFiles first(0);
     mail::AttachmentFiles second(0);
     const std::string path = first.add("a.txt", "", writeNothing);
-    EXPECT_EQ(samples::nameOf({path, ""}), "a.txt");
-    EXPECT_EQ(samples::nameOf({first.add("a.txt", "", writeNothing), ""}), "a~1.txt");
-    EXPECT_EQ(samples::nameOf({second.add("a.txt", "", writeNothing), ""}), "a~2.txt");
+    EXPECT_EQ(samples::nameOf(path), "a.txt");
+    EXPECT_EQ(samples::nameOf(first.add("a.txt", "", writeNothing)), "a~1.txt");
+    EXPECT_EQ(samples::nameOf(second.add("a.txt", "", writeNothing)), "a~2.txt");
 }
 
-TEST(AttachmentFiles, AreDeletedUnlessTheyAreKept) {
+/// Makes a folder for temporary files whose path has this many bytes.
+void useFolderOfLength(const MailFolder& folder, std::size_t length) {
+    std::string path = folder.attachments();
+    while (path.size() < length) {
+        const std::size_t left = length - path.size() - 1;
+        path += "/" + std::string(left > 101 ? 100 : left, 'd');
+    }
+    ASSERT_EQ(path.size(), length);
+    std::filesystem::create_directories(path);
+    setenv("TMPDIR", path.c_str(), 1);
+}
+
+TEST(AttachmentFiles, HaveAPathOfAtMost250Bytes) {
     const MailFolder folder;
-    {
-        mail::AttachmentFiles files(0);
-        files.add("a.txt", "", writeNothing);
-        EXPECT_EQ(folder.attachmentCount(), 1U);
+    useFolderOfLength(folder, 180);
+    std::string name;
+    for (int i = 0; i < 80; ++i) {
+        name += "\xE6\x96\x87";
     }
-    EXPECT_EQ(folder.attachmentCount(), 0U);
-    {
-        mail::AttachmentFiles files(0);
+    mail::AttachmentFiles files(0);
+    const std::string first = files.add(name + ".docx", "", writeNothing);
+    const std::string second = files.add(name + ".docx", "", writeNothing);
+    EXPECT_THAT(first.size(), testing::AllOf(testing::Le(250U), testing::Gt(250U - 3)));
+    EXPECT_LE(second.size(), 250U);
+    EXPECT_THAT(samples::nameOf(first), testing::MatchesRegex("(\xE6\x96\x87)+\\.docx"));
+    EXPECT_THAT(samples::nameOf(second), testing::MatchesRegex("(\xE6\x96\x87)+~1\\.docx"));
+}
+
+TEST(AttachmentFiles, SayThatTheFolderLeavesNoRoomForAName) {
+    const MailFolder folder;
+    useFolderOfLength(folder, 240);
+    mail::AttachmentFiles files(0);
+    try {
         files.add("a.txt", "", writeNothing);
-        files.keep();
+        FAIL() << "a path that the service cannot note went unnoticed";
+    } catch (const sdk::ExtractionError& error) {
+        EXPECT_THAT(error.what(), testing::HasSubstr("too long; set TMPDIR to a folder with a shorter one"));
     }
-    EXPECT_EQ(folder.attachmentCount(), 1U);
 }
 
 TEST(AttachmentFiles, SayWhyOneCannotBeWritten) {
@@ -76,6 +100,7 @@ TEST(AttachmentFiles, SayWhyOneCannotBeWritten) {
     } catch (const sdk::ExtractionError& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr("a.txt: cannot write the attachment: No space left"));
     }
+    EXPECT_EQ(folder.attachmentCount(), 0U);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "mail/mail_extractor.h"
 #include "unit/plugins/mail/mail_samples.h"
 
 namespace {
@@ -101,13 +102,44 @@ TEST(MailAttachments, IncludeFilesWithinTheText) {
     EXPECT_EQ(bytesOf(document.subDocuments[0]), "Cat");
 }
 
-TEST(MailAttachments, AreRemovedWhenTheMessageFails) {
+const std::string withTwoFiles = multipart("mixed", {"Content-Type: image/png; name=a.png\n\nx",
+                                                     "Content-Type: text/plain\n\nWords.\n"
+                                                     "begin 644 cat.txt\n#0V%T\n`\nend\n"});
+
+TEST(MailAttachments, AreWrittenWhenTheyAreAskedFor) {
     const MailFolder folder;
-    const std::string path =
-        folder.write("a.eml", multipart("mixed", {"Content-Type: image/png; name=a.png\n\nx"}));
-    setenv("TMPDIR", (folder.attachments() + "/gone").c_str(), 1);
-    EXPECT_THROW(mail::readMailDocument(path, 30000), sdk::ExtractionError);
+    mail::MailExtractor extractor;
+    ASSERT_TRUE(extractor.SetDocumentID(folder.write("a.eml", withTwoFiles)));
+    EXPECT_EQ(extractor.GetNumberofSubDocuments(), 2);
     EXPECT_EQ(folder.attachmentCount(), 0U);
+
+    const std::string cat = extractor.GetSubDocumentTempPath(2);
+    EXPECT_EQ(folder.attachmentCount(), 1U);
+    EXPECT_EQ(bytesOf({cat, ""}), "Cat");
+    EXPECT_EQ(bytesOf({extractor.GetSubDocumentTempPath(1), ""}), "x");
+    EXPECT_EQ(extractor.GetSubDocumentTempPath(2), cat);
+    EXPECT_EQ(folder.attachmentCount(), 2U);
+}
+
+TEST(MailAttachments, ThatNobodyAsksForLeaveNoFile) {
+    const MailFolder folder;
+    {
+        mail::MailExtractor extractor;
+        ASSERT_TRUE(extractor.SetDocumentID(folder.write("a.eml", withTwoFiles)));
+        extractor.GetSubDocumentTempPath(1);
+    }
+    EXPECT_EQ(folder.attachmentCount(), 1U);  // the one that was handed out is the service's to delete
+}
+
+TEST(MailAttachments, ThatCannotBeWrittenDoNotCostTheMessage) {
+    const MailFolder folder;
+    mail::MailExtractor extractor;
+    ASSERT_TRUE(extractor.SetDocumentID(folder.write("a.eml", withTwoFiles)));
+    setenv("TMPDIR", (folder.attachments() + "/gone").c_str(), 1);
+    EXPECT_THROW(extractor.GetSubDocumentTempPath(1), sdk::ExtractionError);
+    EXPECT_EQ(extractor.GetSentenceText(1), "Words.");
+    setenv("TMPDIR", folder.attachments().c_str(), 1);
+    EXPECT_EQ(bytesOf({extractor.GetSubDocumentTempPath(1), ""}), "x");
 }
 
 }  // namespace

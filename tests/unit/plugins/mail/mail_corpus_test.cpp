@@ -18,6 +18,9 @@ TEST(MailCorpus, OpensEveryMessageOrSaysWhyNot) {
         SCOPED_TRACE(path);
         const sdk::Document document = mail::readMailDocument(path, 30000);
         attachments += document.subDocuments.size();
+        for (const auto& attachment : document.subDocuments) {
+            EXPECT_TRUE(std::filesystem::exists(attachment.makeFile()));
+        }
         EXPECT_FALSE(document.sentences.empty() && document.metaTags.empty() &&
                      document.subDocuments.empty());
         for (const std::string& sentence : document.sentences) {

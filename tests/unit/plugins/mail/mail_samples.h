@@ -32,8 +32,13 @@ class MailFolder : public fakes::TemporaryFolder {
 
     [[nodiscard]] std::string attachments() const { return *this / "attachments"; }
 
+    /// Reads a message and asks for its attachments, as the service does.
     [[nodiscard]] sdk::Document read(const std::string& message) const {
-        return mail::readMailDocument(write("message.eml", message), 30000);
+        sdk::Document document = mail::readMailDocument(write("message.eml", message), 30000);
+        for (auto& attachment : document.subDocuments) {
+            attachment.tempPath = attachment.makeFile();
+        }
+        return document;
     }
 
     [[nodiscard]] std::size_t attachmentCount() const {
@@ -46,8 +51,8 @@ class MailFolder : public fakes::TemporaryFolder {
 };
 
 /// The file's name behind the time prefix of 14 digits.
-inline std::string nameOf(const sdk::Document::SubDocument& attachment) {
-    const std::string name = std::filesystem::path(attachment.tempPath).filename().string();
+inline std::string nameOf(const std::string& path) {
+    const std::string name = std::filesystem::path(path).filename().string();
     const bool isPrefixed =
         name.size() > 14 && name.substr(0, 14).find_first_not_of("0123456789") == std::string::npos;
     return isPrefixed ? name.substr(14) : "no time prefix: " + name;
@@ -56,7 +61,7 @@ inline std::string nameOf(const sdk::Document::SubDocument& attachment) {
 inline std::vector<std::string> namesOf(const sdk::Document& document) {
     std::vector<std::string> names;
     for (const auto& attachment : document.subDocuments) {
-        names.push_back(nameOf(attachment));
+        names.push_back(nameOf(attachment.tempPath));
     }
     return names;
 }

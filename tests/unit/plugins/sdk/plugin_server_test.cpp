@@ -120,6 +120,29 @@ TEST_F(PluginServerTest, RaisesErrorsForWhatItCannotCall) {
     EXPECT_EQ(ask("call", json::object())["error"]["code"], -32602);
 }
 
+TEST_F(PluginServerTest, RaisesAnErrorForADocumentThatIsNamedByItsKey) {
+    const json object = ask("create", json::object())["result"];
+    for (const json& key : {json(1), json(70000)}) {
+        const json reply = call(object, "SetDocumentID", json::array({key}));
+        ASSERT_TRUE(reply.contains("error")) << reply;
+        EXPECT_EQ(reply["error"]["code"], 440);
+        EXPECT_EQ(reply["error"]["message"], "a document cannot be opened by its key (" + key.dump() +
+                                                 "): this plug-in opens files by their path");
+    }
+    EXPECT_EQ(call(object, "SetDocumentID", {"1"})["result"]["result"], true);
+}
+
+TEST_F(PluginServerTest, OpensADocumentByItsKeyWhereThePluginCan) {
+    struct KeyExtractor : sdk_test::SampleExtractor {
+        using SampleExtractor::SampleExtractor;
+        bool openByKey(std::int32_t key) override { return key == 70000; }
+    };
+    server_ = sdk::PluginServer([this] { return std::make_unique<KeyExtractor>(document_); });
+    const json object = ask("create", json::object())["result"];
+    EXPECT_EQ(call(object, "SetDocumentID", {70000})["result"]["result"], true);
+    EXPECT_EQ(call(object, "SetDocumentID", {1})["result"]["result"], false);
+}
+
 TEST_F(PluginServerTest, AnswersWhatIsNoRequest) {
     EXPECT_EQ(json::parse(server_.answer("{oops"))["error"]["code"], -32700);
     EXPECT_EQ(json::parse(server_.answer("[]"))["error"]["code"], -32600);

@@ -64,7 +64,7 @@ TEST(FileProperties, TellLocalTimeAndSize) {
     EXPECT_EQ(document.properties["source_url"], base::Variant(""));
 }
 
-TEST(FileProperties, TellASizeBeyond32BitsAsADouble) {
+TEST(FileProperties, TellASizeBeyond32BitsAsTheLargest) {
     const fakes::TemporaryFolder folder;
     const std::string path = folder.write("huge.txt", "");
     std::error_code failure;
@@ -74,7 +74,7 @@ TEST(FileProperties, TellASizeBeyond32BitsAsADouble) {
     }
     sdk::Document document;
     shared::setFileProperties(document, shared::InputFile(path));
-    EXPECT_EQ(document.properties["data_size"], base::Variant(3e9));
+    EXPECT_EQ(document.properties["data_size"], base::Variant(2147483647));
 }
 
 }  // namespace
