@@ -14,12 +14,12 @@
 #include "indexer/Indexer.h"
 #include "infra/Services.h"
 #include "platform/headless/headless_toolkit.h"
-#include "platform/headless/signal_waiter.h"
 #include "platform/posix/no_drives.h"
 #include "platform/posix/plugins/plugin_factory.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/posix_process.h"
 #include "platform/posix/settings_file.h"
+#include "platform/posix/signal_waiter.h"
 #include "platform/posix/system_clock.h"
 #include "platform/sqlite/sqlite_engine.h"
 
@@ -81,7 +81,7 @@ class Daemon {
     platform::SqliteEngine database_;
     platform::posix::PluginFactory plugins_{platform::posix::pluginFolders(process_.programDirectory()),
                                             [this] { return pluginCallLimit(); }};
-    platform::headless::SignalWaiter waiter_;
+    platform::posix::SignalWaiter waiter_;
     platform::headless::HeadlessToolkit toolkit_{waiter_};
     infra::Services services_{
         platform::System{settings_, database_, plugins_, toolkit_, files_, process_, drives_, clock_}};
