@@ -115,11 +115,12 @@ std::string_view withoutOuterBlanks(std::string_view line) {
 class SentenceCollector::Breaker {
   public:
     Breaker() : iterator_(nullptr, ubrk_close) {
+        // Reading the rules and the abbreviations takes longer than cutting a short document; a copy shares
+        // them.
+        static const Iterator rules = open();
         UErrorCode status = U_ZERO_ERROR;
-        iterator_.reset(ubrk_open(UBRK_SENTENCE, "en@ss=standard", nullptr, 0, &status));
-        if (U_FAILURE(status)) {
-            throw std::runtime_error(std::string("cannot load the sentence rules: ") + u_errorName(status));
-        }
+        iterator_.reset(ubrk_clone(rules.get(), &status));
+        check(status);
     }
     Breaker(const Breaker&) = delete;
     Breaker& operator=(const Breaker&) = delete;
@@ -141,7 +142,22 @@ class SentenceCollector::Breaker {
     }
 
   private:
-    std::unique_ptr<UBreakIterator, decltype(&ubrk_close)> iterator_;
+    using Iterator = std::unique_ptr<UBreakIterator, decltype(&ubrk_close)>;
+
+    static Iterator open() {
+        UErrorCode status = U_ZERO_ERROR;
+        Iterator iterator(ubrk_open(UBRK_SENTENCE, "en@ss=standard", nullptr, 0, &status), ubrk_close);
+        check(status);
+        return iterator;
+    }
+
+    static void check(UErrorCode status) {
+        if (U_FAILURE(status)) {
+            throw std::runtime_error(std::string("cannot load the sentence rules: ") + u_errorName(status));
+        }
+    }
+
+    Iterator iterator_;
     UText text_ = UTEXT_INITIALIZER;
 };
 

@@ -20,6 +20,7 @@ struct DocumentJob {
     std::string parentPath;         // empty for a document of its own
     std::string subDocumentName;    // within the parent; empty for a document of its own
     bool useDefaultPlugin = false;  // the data type's own plug-in has failed
+    int depth = 0;                  // documents around this one
 };
 
 /// The data type whose documents are messages: no path words, no second try with the default plug-in, and

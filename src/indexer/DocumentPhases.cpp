@@ -136,15 +136,14 @@ void DocumentPipeline::indexNumbered(const std::string& text, std::int16_t compT
 }
 
 bool DocumentPipeline::countSucceeded(std::string_view suffix) {
-    if (plugin_->GetLastErrorNumber() == 0) {
-        return true;
+    const std::int32_t error = plugin_->GetLastErrorNumber();
+    if (error != 0) {
+        logPluginError(error, suffix, LogLevel::errorReport);
     }
-    logPluginError(suffix, LogLevel::errorReport);
-    return false;
+    return error == 0;
 }
 
-void DocumentPipeline::logPluginError(std::string_view suffix, LogLevel level) {
-    const std::int32_t number = plugin_->GetLastErrorNumber();
+void DocumentPipeline::logPluginError(std::int32_t number, std::string_view suffix, LogLevel level) {
     log("ERROR " + std::to_string(number) + ":" + plugin_->GetLastErrorString() + std::string(suffix), level);
 }
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "base/runtime_error.h"
 #include "indexer/Heartbeat.h"
 #include "indexer/NormaliseText.h"
 #include "indexer/transactions.h"
@@ -21,6 +22,9 @@ namespace {
 constexpr std::int32_t longHeartbeat = 120;
 constexpr std::int32_t shortHeartbeat = 60;
 
+/// A document that holds itself, as some do by mistake or on purpose, must not bring the service down.
+constexpr int deepestNesting = 32;
+
 /// "ddhhnnss"
 std::string temporaryFileNameAt(base::DateTime moment) {
     const base::CivilTime c = moment.civil();
@@ -35,19 +39,32 @@ DocumentPipeline::DocumentPipeline(Indexer& indexer, const DocumentJob& job, inf
     : indexer_(indexer), job_(job), database_(database), services_(indexer.services()) {}
 
 void DocumentPipeline::run() {
-    try {
-        if (openAndExtract() == Outcome::done) {
-            return;
-        }
-    } catch (const std::exception& error) {
-        log(std::string("ERROR Indexing failed - ") + error.what(), LogLevel::errorReport);
-        plugin_.reset();
+    const Outcome outcome = openAndExtractTrapped();
+    if (outcome == Outcome::setupFailed) {
+        endAfterFailedSetup();
+    }
+    if (outcome == Outcome::notOpened) {
+        // No trap here: an error of the second try's commits is the caller's, like that of the first.
+        retryWithDefaultPlugin();
+    }
+    if (outcome != Outcome::proceed) {
+        return;
     }
     commit();
     if (plugin_ != nullptr) {
         indexSubDocuments();
     }
     close();
+}
+
+DocumentPipeline::Outcome DocumentPipeline::openAndExtractTrapped() {
+    try {
+        return openAndExtract();
+    } catch (const std::exception& error) {
+        log(std::string("ERROR Indexing failed - ") + error.what(), LogLevel::errorReport);
+        plugin_.reset();
+        return Outcome::proceed;
+    }
 }
 
 DocumentPipeline::Outcome DocumentPipeline::openAndExtract() {
@@ -62,24 +79,38 @@ DocumentPipeline::Outcome DocumentPipeline::openAndExtract() {
     const std::string progId = findPlugin();
     if (progId == "NULL") {
         log("NULL Plugin specified abandoning indexing for this document.", LogLevel::logicPath);
-        return Outcome::done;
+        return Outcome::abandoned;
     }
     if (progId.empty()) {
-        return Outcome::done;
+        return Outcome::abandoned;
     }
     createPlugin(progId);
-    if (openDocument() == Outcome::done || readProperties() == Outcome::done) {
-        return Outcome::done;
+    for (const auto step : {&DocumentPipeline::openDocument, &DocumentPipeline::readProperties,
+                            &DocumentPipeline::setUpRecords}) {
+        if (const Outcome outcome = (this->*step)(); outcome != Outcome::proceed) {
+            return outcome;
+        }
     }
-    setUpRecords();
     extractPhases();
     return Outcome::proceed;
 }
 
 void DocumentPipeline::registerTemporaryFile() {
-    temporaryFileName_ = temporaryFileNameAt(services_.system.clock.now());
+    base::DateTime moment = services_.system.clock.now();
+    temporaryFileName_ = temporaryFileNameAt(moment);
+    // Several files within a second must not push each other out of the register.
+    while (isRegisteredForAnother(temporaryFileName_)) {
+        moment = base::DateTime::fromSeconds(moment.seconds() + 1);
+        temporaryFileName_ = temporaryFileNameAt(moment);
+    }
     services_.registry.SaveSettingString(RootKey::currentUser, infra::temporaryFilesKey, temporaryFileName_,
                                          job_.path);
+}
+
+bool DocumentPipeline::isRegisteredForAnother(const std::string& name) {
+    const std::string path =
+        services_.registry.GetSettingString(RootKey::currentUser, infra::temporaryFilesKey, name);
+    return !path.empty() && path != job_.path;
 }
 
 std::string DocumentPipeline::findPlugin() {
@@ -108,23 +139,21 @@ DocumentPipeline::Outcome DocumentPipeline::openDocument() {
             log("Document Opened", LogLevel::logicPath);
             return Outcome::proceed;
         }
-        logPluginError({}, LogLevel::errorReport);
+        logPluginError(plugin_->GetLastErrorNumber(), {}, LogLevel::errorReport);
     } catch (const std::exception& error) {
         log(std::string("Indexer::IndexDocument - SetDocumentID failed. - ") + error.what(),
             LogLevel::errorReport);
     }
     plugin_.reset();
-    retryWithDefaultPlugin();
-    return Outcome::done;
+    return Outcome::notOpened;
 }
 
 DocumentPipeline::Outcome DocumentPipeline::readProperties() {
     const base::Variant sourceUrl = plugin_->GetDocumentProperty("source_url");
-    if (plugin_->GetLastErrorNumber() != 0) {
-        logPluginError({}, LogLevel::unknown);
+    if (const std::int32_t error = plugin_->GetLastErrorNumber(); error != 0) {
+        logPluginError(error, {}, LogLevel::unknown);
         plugin_.reset();
-        retryWithDefaultPlugin();
-        return Outcome::done;
+        return Outcome::notOpened;
     }
     record_.sourceUrl = propertyText(sourceUrl);
     if (record_.sourceUrl.empty()) {
@@ -136,20 +165,28 @@ DocumentPipeline::Outcome DocumentPipeline::readProperties() {
     return Outcome::proceed;
 }
 
-void DocumentPipeline::setUpRecords() {
+DocumentPipeline::Outcome DocumentPipeline::setUpRecords() {
     log("Document Setup", LogLevel::logicPath);
     makeSubDocumentTitle(record_, job_, database_);
     try {
         setUpDocumentRecord(record_, job_, *plugin_, database_);
-        return;
+        return Outcome::proceed;
     } catch (const std::exception& error) {
         log(std::string("ERROR Document Setup failed - ") + error.what(), LogLevel::errorReport);
     }
     rollBackQuietly(database_);
     log("Transaction rolled back", LogLevel::errorReport);
     plugin_.reset();
-    if (!isEmail()) {
-        retryWithDefaultPlugin();
+    return Outcome::setupFailed;
+}
+
+void DocumentPipeline::endAfterFailedSetup() {
+    try {
+        if (!isEmail()) {
+            retryWithDefaultPlugin();
+        }
+    } catch (const std::exception& error) {
+        log(std::string("ERROR Indexing failed - ") + error.what(), LogLevel::errorReport);
     }
     // Deliberately hard, whatever the second try gave: a library whose records cannot be set up is left to
     // the supervisor, which starts the service with a fresh connection and fresh caches.
@@ -207,6 +244,11 @@ void DocumentPipeline::indexSubDocuments() {
 }
 
 void DocumentPipeline::indexSubDocument(std::int16_t number) {
+    if (job_.depth == deepestNesting) {
+        throw base::RuntimeError(
+            base::ErrorNumber::automationError,
+            "sub-documents are nested more than " + std::to_string(deepestNesting) + " deep");
+    }
     const std::string temporaryPath = plugin_->GetSubDocumentTempPath(number);
     log("Indexer::IndexDocument - Sub Doc: " + temporaryPath, LogLevel::logicPath);
     DocumentJob sub = job_;
@@ -217,6 +259,7 @@ void DocumentPipeline::indexSubDocument(std::int16_t number) {
     sub.parentPath = job_.path;
     sub.subDocumentName = std::to_string(number);
     sub.useDefaultPlugin = false;
+    sub.depth = job_.depth + 1;
     indexer_.IndexDocument(sub, database_);
 }
 

@@ -23,16 +23,23 @@ class DocumentPipeline {
     void run();
 
   private:
-    /// Whether the document goes on to the commits or has been left or handed on before.
-    enum class Outcome { proceed, done };
+    /// How the way to the commits ended.
+    enum class Outcome {
+        proceed,      // on to the commits
+        abandoned,    // left as it is
+        notOpened,    // the plug-in refuses the document
+        setupFailed,  // its records could not be set up
+    };
 
+    Outcome openAndExtractTrapped();
     Outcome openAndExtract();
     void registerTemporaryFile();
+    bool isRegisteredForAnother(const std::string& name);
     [[nodiscard]] std::string findPlugin();
     void createPlugin(const std::string& progId);
     Outcome openDocument();
     Outcome readProperties();
-    void setUpRecords();
+    Outcome setUpRecords();
     void extractPhases();
 
     void indexBody();
@@ -44,7 +51,7 @@ class DocumentPipeline {
     void indexMetaTags();
     /// True when the plug-in reports no error; else logs it with the suffix of the phase.
     bool countSucceeded(std::string_view suffix);
-    void logPluginError(std::string_view suffix, infra::LogLevel level);
+    void logPluginError(std::int32_t number, std::string_view suffix, infra::LogLevel level);
     /// Text that comes after the body: it goes on counting after the last body sentence.
     void indexNumbered(const std::string& text, std::int16_t compType, std::string_view type);
 
@@ -53,6 +60,7 @@ class DocumentPipeline {
     void indexSubDocument(std::int16_t number);
     void close();
     void retryWithDefaultPlugin();
+    void endAfterFailedSetup();
 
     [[nodiscard]] bool isEmail() const { return job_.dataType == emailDataType; }
     void log(const std::string& message, infra::LogLevel level);

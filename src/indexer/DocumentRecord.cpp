@@ -110,6 +110,8 @@ class Setup {
                 " AND ( word_index.comp_type <> 3 OR word_index.type NOT IN"
                 " (SELECT type FROM search_weight WHERE  description = 'external_comment'))");
         execute("DELETE * FROM important_text WHERE id_document = " + id);
+        // Compares the key of a share with that of a document: sections stay unless the two happen to be
+        // equal. Programs that read annotations count on what this leaves.
         execute(
             "DELETE * FROM annotation_section WHERE id_document_share in  (select id_document from "
             "document_share "

@@ -32,6 +32,16 @@ std::string normalisePath(const std::string& path) {
     return std::string(base::trim(std::string(head) + rest));
 }
 
+/// Closes the connection of a job that has failed; one that is gone already does not keep the job from
+/// ending.
+void closeQuietly(infra::tysDataBase& database) {
+    try {
+        database.finalise();
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
 }  // namespace
 
 Indexer::Indexer(infra::Services& services) : services_(services) {}
@@ -45,9 +55,7 @@ bool Indexer::DoIndex(std::int32_t queueId) {
     } catch (const std::exception&) {
         // Nothing is logged here, and the entry stays claimed until the next start drops it: a document that
         // brings a job down must not do so again and again.
-        if (!database.getConnection().empty()) {
-            database.finalise();
-        }
+        closeQuietly(database);
         writeJobInWork(services_, 0, {});
         return false;
     }

@@ -47,6 +47,8 @@ void Indexer::insertWord(const std::string& statement, const WordIndexEntry& ent
         }
         services_.support.WriteLog("Indexer.CommitWords - Resynchronising Caches", LogLevel::interest);
         database.getConnection()->commitTrans();
+        // The load also deletes the root words that no row refers to yet, this document's own new ones among
+        // them; the rows that follow keep their keys.
         LoadCaches(database);
         // Waits while no transaction is open, so that whoever can mend the fault finds the library unlocked.
         services_.system.clock.pause(infra::retryPause);

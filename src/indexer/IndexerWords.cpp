@@ -30,7 +30,14 @@ void makeWordKey(std::string& key, std::int16_t compType, std::string_view typeT
 }  // namespace
 
 void Indexer::LoadCaches(infra::tysDataBase& database) {
-    caches_.LoadCaches(database);
+    try {
+        caches_.LoadCaches(database);
+    } catch (const std::exception&) {
+        // Half-filled caches would index noise words and insert known words again: the next document loads
+        // anew.
+        cachesLoaded_ = false;
+        throw;
+    }
 }
 
 void Indexer::LoadCachesOnce(infra::tysDataBase& database) {

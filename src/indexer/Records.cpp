@@ -43,7 +43,7 @@ void AddMetaTag(std::int32_t idDocument, std::int16_t compType, std::string_view
 
 void AddMetaTagEntries(std::string_view metaText, infra::tysDataBase& database) {
     // With several shares this is the last one's tag, which alone gets the words: that is where readers look
-    // for them.
+    // for them. A document without a share has no tag; the key is then the one given last in any table.
     const auto row = database.openRecordset("SELECT @@IDENTITY AS id_meta_tag FROM meta_tags",
                                             CursorType::fixed, LockType::optimistic);
     const std::string idTag = std::to_string(row->field("id_meta_tag").toInt32());
@@ -53,10 +53,10 @@ void AddMetaTagEntries(std::string_view metaText, infra::tysDataBase& database) 
     for (const std::string_view piece : base::split(normalised, ' ')) {
         const std::string word = database.sanitise(base::trim(piece));
         if (!word.empty()) {
-            database.getConnection()->execute(
-                "Insert into metatag_entry(id_meta_tags, id_root_word,pos)  Select " + idTag +
-                ",root_word.id," + std::to_string(position) + " from root_word where root_word.word='" +
-                word + "'");
+            std::string statement = "Insert into metatag_entry(id_meta_tags, id_root_word,pos)  Select ";
+            statement.append(idTag).append(",root_word.id,").append(std::to_string(position));
+            statement.append(" from root_word where root_word.word='").append(word).append("'");
+            database.getConnection()->execute(statement);
             position = base::add16(position, 1);
         }
     }

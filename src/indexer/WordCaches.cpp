@@ -9,6 +9,8 @@ using platform::CursorType;
 using platform::LockType;
 
 void WordCaches::LoadCaches(infra::tysDataBase& database) {
+    // A second load meets every word again; without this it would end at the first.
+    rootWords_.clear();
     loadSearchWeights(database);
     database.getConnection()->execute(
         "DELETE * FROM root_word WHERE NOT EXISTS (SELECT id_root_word FROM word_index WHERE id_root_word = "
@@ -35,8 +37,6 @@ void WordCaches::loadSearchWeights(infra::tysDataBase& database) {
 }
 
 void WordCaches::loadRootWords(infra::tysDataBase& database) {
-    // A second load meets every word again; without this it would end at the first.
-    rootWords_.clear();
     const auto rows =
         database.openRecordset("SELECT id, word FROM root_word", CursorType::forwardOnly, LockType::readOnly);
     for (; !rows->eof(); rows->moveNext()) {

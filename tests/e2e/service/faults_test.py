@@ -46,6 +46,23 @@ class Faults(harness.ServiceTest):
         self.assertEqual(library.queued(), [])
         self.assert_sound()
 
+    def test_a_lock_in_the_middle_of_a_document_is_waited_for(self):
+        library = self.library
+        path, words = library.write_long_document("long.txt")
+        library.queue(path)
+        process = self.started(until_idle=True)
+        library.wait_for_log("Logic: Start Normal", process)
+        holder = library.connect()
+        self.addCleanup(holder.close)
+        holder.execute("BEGIN EXCLUSIVE")
+        self.assertTrue(harness.stays_false(lambda: library.logged("Logic: End Commit Words"), polls=500))
+        self.assertIsNone(process.poll())
+        holder.execute("ROLLBACK")
+        library.finish(process)
+        self.assertEqual(library.words(library.document_id(path)), words)
+        self.assertEqual([line for line in library.log() if line.startswith("Error: ")], [])
+        self.assert_sound()
+
     def test_a_library_that_is_missing_empty_or_no_library_is_left_alone(self):
         library = self.library
         for name, content in {"missing": None, "empty": b"", "text": b"This is no library.\n" * 400,

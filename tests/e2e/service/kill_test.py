@@ -34,8 +34,33 @@ def document_text(number, markdown):
     return "\n".join(lines) + "\n"
 
 
+def mail_text(number):
+    """A mail with an attachment."""
+    part = "--part\nContent-Type: text/plain; charset=utf-8\n"
+    return (f"From: Crew {number} <crew@example.org>\nTo: Pilot <pilot@example.org>\nSubject: Log {number}\n"
+            "Date: Tue, 05 Mar 2002 09:07:04 +0000\nMIME-Version: 1.0\n"
+            'Content-Type: multipart/mixed; boundary="part"\n\n'
+            f"{part}\n{document_text(number, False)}\n"
+            f'{part}Content-Disposition: attachment; filename="log{number}.txt"\n\n'
+            f"{document_text(number + 100, False)}\n--part--\n")
+
+
+def content(number, data_type):
+    return mail_text(number) if data_type == "eml" else document_text(number, data_type == "md")
+
+
 def fingerprint(library, path):
-    """Everything that the index tells of a document, keys left out."""
+    """Everything that the index tells of a document and its attachment, keys left out."""
+    if not path.endswith(".eml"):
+        return whole_document(library, path)
+    words, sentences, important, record = whole_document(library, path + "?attach=1")
+    # An attachment's own path is that of a temporary file, another one each time.
+    kinds = dict(library.rows("SELECT type, description FROM search_weight WHERE type <> 0"))
+    words = [word for word in words if kinds[word[2]] != "document_path"]
+    return whole_document(library, path) + (words, sentences, important, [row[:3] for row in record])
+
+
+def whole_document(library, path):
     id_document = library.document_id(path)
     words = library.rows(
         "SELECT word, comp_type, type, hit_count, first_matching_sentence FROM word_index "
@@ -81,7 +106,7 @@ class KilledService:
 
     def queue_all(self):
         self.dropped.clear()
-        for data_type in ("txt", "md"):
+        for data_type in ("txt", "md", "eml"):
             self.library.queue(*[path for path, kind in self.documents if kind == data_type],
                                index_type=INDEX, data_type=data_type)
 
@@ -124,7 +149,9 @@ class KilledService:
         faults = [row[0] for row in connection.execute("PRAGMA integrity_check") if row[0] != "ok"]
         done = {path for path, _ in self.documents} - queued - self.dropped
         self.in_pieces = (self.in_pieces - done).union(in_work)
-        in_pieces = {self.document_at(connection, path) for path in self.in_pieces}
+        in_pieces = set()
+        for path in self.in_pieces:
+            in_pieces |= self.documents_at(connection, path)
         for what, sql in SOUND.items():
             found = connection.execute(sql).fetchall()
             if what in SOUND_AT_REST_ONLY:
@@ -140,9 +167,11 @@ class KilledService:
         self.in_the_middle += len(in_work)
 
     @staticmethod
-    def document_at(connection, path):
-        row = connection.execute("SELECT id FROM document_object WHERE saved_location = ?", (path,)).fetchone()
-        return row[0] if row else None
+    def documents_at(connection, path):
+        """Keys of the document and of all attachments that it has had."""
+        rows = connection.execute("SELECT id FROM document_object WHERE saved_location = ? OR saved_location = ?",
+                                  (path, path + "?attach=1"))
+        return {row[0] for row in rows}
 
     def after_work(self, process):
         self.test.assertEqual(process.returncode, 0, self.library.errors() + self.library.log_tail())
@@ -161,8 +190,8 @@ class Kill(harness.ServiceTest):
         print(f"seed {seed} (TYINDEXER_TEST_SEED), {KILLS} kills", flush=True)
         documents = []
         for number in range(DOCUMENTS):
-            data_type = "md" if number % 4 == 3 else "txt"
-            path = self.library.write(f"{number}.{data_type}", document_text(number, data_type == "md"))
+            data_type = {3: "md", 5: "eml", 7: "md"}.get(number % 8, "txt")
+            path = self.library.write(f"{number}.{data_type}", content(number, data_type))
             documents.append((path, data_type))
         expected = self.undisturbed(documents)
         with concurrent.futures.ThreadPoolExecutor(LIBRARIES) as pool:
@@ -178,8 +207,9 @@ class Kill(harness.ServiceTest):
             self.library.queue(path, index_type=INDEX, data_type=data_type)
         self.library.run()
         self.assert_sound()
+        self.assertEqual(list(self.library.temporary.iterdir()), [])
         expected = {path: fingerprint(self.library, path) for path, _ in documents}
-        self.assertTrue(all(words and len(sentences) > 20 for words, sentences, _, _ in expected.values()))
+        self.assertTrue(all(words and len(sentences) > 20 for words, sentences, *_ in expected.values()))
         return expected
 
     def killed(self, number, documents, expected, seed):

@@ -12,9 +12,7 @@ SECOND = "The ferry left with the tide yesterday.\n"
 class Life(harness.ServiceTest):
     def test_a_stop_in_the_middle_of_a_document_lets_it_finish(self):
         library = self.library
-        sentences = 4000
-        long = library.write("long.txt", "".join(f"Buoy b{number} swings at mile m{number}. "
-                                                 for number in range(sentences)))
+        long, words = library.write_long_document("long.txt")
         second = library.write("second.txt", FIRST)
         library.queue(long, second)
         process = self.started()
@@ -22,8 +20,8 @@ class Life(harness.ServiceTest):
         process.send_signal(signal.SIGTERM)
         library.finish(process)
         id_document = library.document_id(long)
-        self.assertEqual(len(library.sentences(id_document)), sentences)
-        self.assertEqual(len(library.words(id_document)), 2 * sentences + 3)
+        self.assertEqual(len(library.sentences(id_document)), harness.LONG_DOCUMENT)
+        self.assertEqual(library.words(id_document), words)
         self.assertEqual(library.log()[-1], "Crash Detect: Main.Timer Action Complete")
         self.assertEqual(library.queued(), [(second, 0)])
         self.assertEqual(library.errors(), "")
@@ -50,6 +48,32 @@ class Life(harness.ServiceTest):
         self.assertEqual(library.queued(), [])
         self.assertEqual(library.value("SELECT count(*) FROM document_object"), 3)
         self.assert_sound()
+
+    def test_the_attachment_of_a_killed_run_is_deleted_at_the_next_start(self):
+        library = self.library
+        text, _ = library.write_long_document("long.txt")
+        attachment = "--part\nContent-Type: text/plain\nContent-Disposition: attachment; filename=\"long.txt\"\n\n"
+        mail = library.write("mail.eml", "From: ada@example.org\nSubject: Buoys\nMIME-Version: 1.0\n"
+                             "Content-Type: multipart/mixed; boundary=\"part\"\n\n" + attachment
+                             + open(text, encoding="utf-8").read().replace(". ", ".\n") + "\n--part--\n")
+        library.queue(mail, data_type="eml")
+        process = self.started()
+        library.wait_for_log("Sub Doc: ", process)
+        harness.wait_until(lambda: library.log()[-1] == "Logic: Start Normal"
+                           or library.log()[-1].startswith("Logic: Normal sentences"), "the attachment is in work")
+        process.kill()
+        process.wait()
+        self.assert_no_plugin_survives()
+        library.forget_log()
+        library.run()
+        deleted = [line for line in library.log() if line.startswith("Interest: Main.ClearOldTempFiles - Deleting: ")]
+        self.assertEqual(len(deleted), 1, library.log_tail())
+        self.assertIn(str(library.temporary), deleted[0])
+        self.assertEqual(list(library.temporary.iterdir()), [])
+        self.assertEqual(library.queued(), [])
+        library.forget_log()
+        library.run()
+        self.assertFalse(library.logged("Main.ClearOldTempFiles"))
 
     def test_entries_of_one_document_are_worked_off_together(self):
         library = self.library

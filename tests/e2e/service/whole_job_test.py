@@ -1,4 +1,4 @@
-"""What whole jobs write: every log line, every statement and every record, of a text, a Markdown document and a mail."""
+"""What whole jobs of a text, a Markdown document and a mail write: log lines, statements and records."""
 
 import re
 
@@ -216,7 +216,8 @@ class WholeJob(harness.ServiceTest):
         statements += [word_row(2 if word == "river" else 1, normal, ids[word],
                                 1 if word in words[:3] else 2 if word in words[:5] else 3) for word in words]
         statements += [word_row(count, path_type, ids[word], 0) for word, count in hits.items()]
-        statements += ["COMMIT TRANSACTION", "BEGIN TRANSACTION", sentence_row("1, 1, ' ', -1"), sentence_row("1, 1, ' ', 0"),
+        statements += ["COMMIT TRANSACTION", "BEGIN TRANSACTION",
+                       sentence_row("1, 1, ' ', -1"), sentence_row("1, 1, ' ', 0"),
                        sentence_row("1,22,'The river rises early.',1"),
                        sentence_row("1,24,'Boats go down the river.',2"),
                        sentence_row("1,25,'O''Brien''s boat is late.',3"),

@@ -45,7 +45,7 @@ TEST_F(QueueJob, AShortPathIsWrittenWhole) {
     EXPECT_EQ(library.settings.writes[3], "IndexingKey=/a/\xC3\xA9.txt");
 }
 
-TEST_F(QueueJob, ItsLogAndStatementsAreTheRequiredOnes) {
+TEST_F(QueueJob, LogAndStatementsKeepTheTextThatOtherProgramsKnow) {
     const auto id = queue("/docs/O'Brien.txt");
     statements();
     indexer.DoIndex(id);

@@ -1,4 +1,7 @@
 // The update of a document that has moved.
+#include <utility>
+
+#include "base/runtime_error.h"
 #include "unit/indexer/indexer_fixture.h"
 
 namespace {
@@ -51,7 +54,7 @@ TEST_F(MovedDocument, ThePathsImportantTextIsReplaced) {
               1);
 }
 
-TEST_F(MovedDocument, TheStatementsAreTheRequiredOnes) {
+TEST_F(MovedDocument, StatementsKeepTheTextThatOtherProgramsKnow) {
     statements();
     move();
     const auto run = statements();
@@ -122,6 +125,63 @@ TEST_F(MovedDocument, AMessageWhosePluginFailsTwiceIsNotMoved) {
     EXPECT_FALSE(move("eml"));
     EXPECT_EQ(errors(), 2);
     EXPECT_EQ(plugin.released, 1);
+}
+
+TEST_F(MovedDocument, AStatementThatSucceedsAtTheSecondTryLeavesOneLine) {
+    auto& plugin = givePlugin("eml", "Test.Mail", ScriptedDocument());
+    plugin.methods["SetDocumentID"] = [first = true](std::span<base::Variant>) mutable -> base::Variant {
+        if (std::exchange(first, false)) {
+            throw base::RuntimeError(440, "busy");
+        }
+        return true;
+    };
+    EXPECT_TRUE(move("eml"));
+    EXPECT_EQ(errors(), 1);
+}
+
+TEST_F(MovedDocument, AMessageWithoutAPluginIsNotMoved) {
+    EXPECT_FALSE(move("eml"));
+    EXPECT_EQ(errors(), 2);
+}
+
+TEST_F(MovedDocument, AMessageThatThePluginCannotFindLosesItsPathAndSource) {
+    givePlugin("eml", "Test.Mail", ScriptedDocument()).answer("SetDocumentID", false);
+    EXPECT_TRUE(move("eml"));
+    EXPECT_TRUE(pathWords().empty());
+    EXPECT_EQ(value("SELECT source_url FROM document_object"), "");
+}
+
+TEST_F(MovedDocument, ASourceAddressWithAQuoteFailsTheUpdate) {
+    ScriptedDocument message;
+    message.sourceUrl = "imap://O'Brien/5";
+    givePlugin("eml", "Test.Mail", message);
+    EXPECT_FALSE(move("eml"));
+    EXPECT_EQ(errors(), 2);
+    EXPECT_EQ(value("SELECT source_url FROM document_object"), "/old/heron.txt");
+}
+
+TEST_F(MovedDocument, CachesThatFailToReloadAreLoadedBeforeTheNextDocument) {
+    library.exec("ALTER TABLE word_noise RENAME TO away");
+    EXPECT_FALSE(move());
+    library.exec("ALTER TABLE away RENAME TO word_noise");
+    ScriptedDocument noise;
+    noise.sentences = {"The river and the boats."};
+    givePlugin("txt", "Test.Text", noise);
+    indexDocument("/docs/next.txt");
+    EXPECT_EQ(number("SELECT count(*) FROM root_word WHERE word IN ('the', 'and')"), 0);
+    EXPECT_EQ(number("SELECT count(*) FROM root_word WHERE word = 'river'"), 1);
+}
+
+TEST_F(MovedDocument, CachesThatCannotBeReloadedFailTheNextDocumentToo) {
+    library.exec("INSERT INTO search_weight(type, description, comp_type) VALUES(901, 'twice', 2)");
+    library.exec("INSERT INTO search_weight(type, description, comp_type) VALUES(902, 'TWICE', 2)");
+    EXPECT_FALSE(move());
+    const int words = number("SELECT count(*) FROM root_word");
+    indexDocument("/docs/next.txt");
+    EXPECT_TRUE(
+        logged("Error: ERROR Indexing failed - This key is already associated with an element of this "
+               "collection"));
+    EXPECT_EQ(number("SELECT count(*) FROM root_word"), words);
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // One document's way through the pipeline.
-#include <filesystem>
-
 #include "base/runtime_error.h"
 #include "fakes/recording_process.h"
 #include "unit/indexer/indexer_fixture.h"
@@ -20,14 +18,6 @@ class Pipeline : public indexer_tests::IndexerTest {
     void useDefault(const std::string& progId) {
         library.settings.put(std::string(infra::dataTypesKey) + "Default", "IndexPlugin", progId);
     }
-    void indexAttachment(const std::string& path, const std::string& dataType = "txt") {
-        auto attachment = job(path);
-        attachment.dataType = dataType;
-        attachment.isTemporaryFile = true;
-        attachment.parentPath = "/docs/parent.txt";
-        attachment.subDocumentName = "1";
-        indexer.IndexDocument(attachment, database);
-    }
     bool anyLineStartsWith(const std::string& start) {
         for (const std::string& line : log()) {
             if (line.starts_with(start)) {
@@ -35,9 +25,6 @@ class Pipeline : public indexer_tests::IndexerTest {
             }
         }
         return false;
-    }
-    std::string temporaryFileOf(const std::string& name) {
-        return library.settings.text(infra::temporaryFilesKey, name).value_or("(none)");
     }
 };
 
@@ -417,94 +404,6 @@ TEST_F(Pipeline, TheHeartbeatIsWrittenWithItsSeconds) {
     EXPECT_EQ(library.settings.text(infra::indexerKey, "LastTouch"), "16 Nov 2026 01:47:03");
 }
 
-TEST_F(Pipeline, SubDocumentsAreKeptUnderTheirParentsPathAndNumber) {
-    const std::string first = library.folder.write("attached/first.txt", "one");
-    const std::string third = library.folder.write("attached/third.txt", "three");
-    ScriptedDocument parent;
-    parent.subDocuments = {{first, ""}, {"", "http://elsewhere/second.txt"}, {third, ""}};
-    give(parent);
-    // The attachments are read through the same plug-in class; they hold no further ones.
-    plugin().methods["GetNumberofSubDocuments"] = [this](std::span<base::Variant>) -> base::Variant {
-        return plugin().created == 1 ? std::int32_t{3} : std::int32_t{0};
-    };
-    indexDocument("/docs/parent.txt");
-    EXPECT_EQ(library.rows("SELECT saved_location, id_parent FROM document_object ORDER BY id"),
-              (Rows{{"/docs/parent.txt", "-1"},
-                    {"/docs/parent.txt?attach=1", "1"},
-                    {"/docs/parent.txt?attach=2", "1"},
-                    {"/docs/parent.txt?attach=3", "1"}}));
-    EXPECT_FALSE(std::filesystem::exists(first));
-    EXPECT_FALSE(std::filesystem::exists(third));
-    EXPECT_TRUE(logged("Logic: Indexer::IndexDocument - Sub Doc: " + first));
-    EXPECT_TRUE(logged("Logic: Indexer::IndexDocument - Sub Doc: "));
-    EXPECT_TRUE(logged("Interest: Indexer::IndexDocument - Starting: http://elsewhere/second.txt"));
-}
-
-TEST_F(Pipeline, AttachmentsOfMessagesCanBeSwitchedOffForMessagesOnly) {
-    library.settings.put(infra::indexerKey, "IndexEmailAttachments", 0);
-    auto& mail = givePlugin("eml", "Test.Mail", ScriptedDocument());
-    auto message = job("/docs/a.eml");
-    message.dataType = "eml";
-    indexer.IndexDocument(message, database);
-    EXPECT_EQ(std::count(mail.calls.begin(), mail.calls.end(), "GetNumberofSubDocuments"), 0);
-    indexDocument();
-    const Lines& calls = plugin().calls;
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), "GetNumberofSubDocuments"), 1);
-}
-
-TEST_F(Pipeline, AFailingSubDocumentIsLoggedAndTheNextOneIndexed) {
-    ScriptedDocument parent;
-    parent.subDocuments = {{"", ""}, {"", "http://second.xyz"}};
-    give(parent);
-    plugin().methods["GetSubDocumentTempPath"] = [](std::span<base::Variant> arguments) -> base::Variant {
-        if (arguments[0].toInt16() == 1) {
-            throw base::RuntimeError(440, "broken attachment");
-        }
-        return "";
-    };
-    indexDocument();
-    EXPECT_TRUE(logged("Error: Failed to index sub-document 1 - broken attachment"));
-    EXPECT_TRUE(logged("Interest: Indexer::IndexDocument - Starting: http://second.xyz"));
-    EXPECT_TRUE(logged("Logic: Close plugin"));
-}
-
-TEST_F(Pipeline, AnErrorInTheCountOfSubDocumentsIsLoggedAndTheDocumentClosed) {
-    plugin().fail("GetNumberofSubDocuments", "cannot count");
-    indexDocument();
-    EXPECT_TRUE(logged("Error: ERROR Indexing failed - cannot count"));
-    EXPECT_TRUE(logged("Logic: Close plugin"));
-    EXPECT_TRUE(logged("Interest: Indexer::IndexDocument - Completed: /docs/river.txt"));
-}
-
-TEST_F(Pipeline, ATemporaryFileIsRegisteredWhileItIsIndexedAndThenDeleted) {
-    const std::string file = library.folder.write("attached.txt", "text");
-    std::string registered;
-    plugin().methods["GetNumberofMetaTags"] = [&](std::span<base::Variant>) -> base::Variant {
-        registered = temporaryFileOf("16014703");
-        return std::int32_t{0};
-    };
-    indexAttachment(file);
-    EXPECT_EQ(registered, file);
-    EXPECT_EQ(temporaryFileOf("16014703"), "(none)");
-    EXPECT_FALSE(std::filesystem::exists(file));
-}
-
-TEST_F(Pipeline, ATemporaryFileThatCannotBeDeletedStaysRegistered) {
-    indexAttachment(library.folder / "gone.txt");
-    EXPECT_TRUE(logged("Unknown: Indexer.IndexDocument - Could not delete temp file: " +
-                       (library.folder / "gone.txt")));
-    EXPECT_EQ(temporaryFileOf("16014703"), library.folder / "gone.txt");
-    EXPECT_TRUE(anyLineStartsWith("Interest: Indexer::IndexDocument - Completed"));
-}
-
-TEST_F(Pipeline, AnEarlyReturnLeavesTheTemporaryFileToTheNextStart) {
-    library.settings.put(std::string(infra::dataTypesKey) + "png", "IndexPlugin", "NULL");
-    const std::string file = library.folder.write("attached.png", "picture");
-    indexAttachment(file, "png");
-    EXPECT_TRUE(std::filesystem::exists(file));
-    EXPECT_EQ(temporaryFileOf("16014703"), file);
-}
-
 TEST_F(Pipeline, CachesThatCannotBeLoadedFailTheDocumentAndAreLoadedForTheNext) {
     library.exec("ALTER TABLE word_noise RENAME TO away");
     indexDocument();
@@ -513,6 +412,41 @@ TEST_F(Pipeline, CachesThatCannotBeLoadedFailTheDocumentAndAreLoadedForTheNext) 
     library.exec("ALTER TABLE away RENAME TO word_noise");
     indexDocument();
     EXPECT_EQ(number("SELECT count(*) FROM document_object"), 1);
+}
+
+TEST_F(Pipeline, ACommitErrorOfTheSecondTryReachesTheCaller) {
+    plugin().answer("SetDocumentID", false);
+    givePlugin("Default", "Test.Default", ScriptedDocument());
+    library.exec(
+        "CREATE TRIGGER refuse BEFORE INSERT ON ascii_sentences BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    EXPECT_THROW(indexDocument(), base::RuntimeError);
+    EXPECT_FALSE(anyLineStartsWith("Interest: Indexer::IndexDocument - Completed"));
+    EXPECT_FALSE(anyLineStartsWith("Error: ERROR Indexing failed"));
+}
+
+TEST_F(Pipeline, TheProcessEndsAfterAFailedSetupEvenWhenTheSecondTrysCommitsFail) {
+    plugin().methods["GetDocumentProperty"] = [](std::span<base::Variant> arguments) -> base::Variant {
+        if (arguments[0].toText() == "last_time_modified") {
+            throw base::RuntimeError(440, "no date");
+        }
+        return "";
+    };
+    givePlugin("Default", "Test.Default", ScriptedDocument());
+    library.exec(
+        "CREATE TRIGGER refuse BEFORE INSERT ON ascii_sentences BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    EXPECT_THROW(indexDocument(), fakes::ProcessEnded);
+    EXPECT_EQ(library.process.ended, platform::ExitStatus::setupFailed);
+    EXPECT_TRUE(anyLineStartsWith("Error: ERROR Indexing failed - "));
+}
+
+TEST_F(Pipeline, APluginErrorIsReadOnce) {
+    auto reads = std::make_shared<int>(0);
+    plugin().answer("SetDocumentID", false);
+    plugin().methods["GetLastErrorNumber"] = [reads](std::span<base::Variant>) -> base::Variant {
+        return ++*reads == 1 ? std::int32_t{53} : std::int32_t{0};
+    };
+    indexDocument();
+    EXPECT_TRUE(logged("Error: ERROR 53:"));
 }
 
 }  // namespace

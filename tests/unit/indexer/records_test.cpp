@@ -44,7 +44,7 @@ class Records : public indexer_tests::IndexerTest {
     }
 };
 
-TEST_F(Records, TheStatementsAreTheRequiredOnes) {
+TEST_F(Records, StatementsKeepTheTextThatOtherProgramsKnow) {
     share(1, 7);
     knowWords("red green");
     statements();
@@ -112,6 +112,14 @@ TEST_F(Records, EveryShareGetsATagAndTheLastOneItsWords) {
             "SELECT id_meta_tags, word, pos FROM metatag_entry JOIN root_word ON root_word.id = id_root_word "
             "ORDER BY pos"),
         (Rows{{"2", "red", "1"}, {"2", "green", "2"}}));
+}
+
+TEST_F(Records, WithoutAShareTheWordsGoToTheKeyThatWasGivenLast) {
+    knowWords("red");
+    const std::string last = value("SELECT max(id) FROM root_word");
+    library.exec("INSERT INTO meta_tags(id_document_share, type) VALUES(1, 1)");
+    indexer::AddMetaTag(1, 4, "keywords", "red.", database);
+    EXPECT_EQ(library.rows("SELECT id_meta_tags FROM metatag_entry"), (Rows{{last}}));
 }
 
 TEST_F(Records, ASingleCharacterBehindTheLastCommaOfATagIsDropped) {
@@ -268,7 +276,7 @@ TEST_F(Records, EveryShareGetsThePoints) {
     EXPECT_EQ(library.rows("SELECT anno_points FROM document_share"), (Rows{{"5"}, {"5"}}));
 }
 
-TEST_F(Records, TheStatementsOfThePointsAreTheRequiredOnes) {
+TEST_F(Records, PointsKeepTheTextThatOtherProgramsKnow) {
     share(1, 7);
     statements();
     points("txt", 0.01);

@@ -70,6 +70,19 @@ TEST_F(Words, TwoWordTypesOfOneTrimmedNameEndTheLoad) {
     EXPECT_THROW(indexer.LoadCaches(database), base::RuntimeError);
 }
 
+TEST_F(Words, TwoRootWordsThatDifferOnlyInCaseEndTheLoad) {
+    library.exec("DROP INDEX IF EXISTS root_word_word");
+    library.exec("CREATE TABLE twins(id INTEGER, word TEXT)");
+    library.exec("ALTER TABLE root_word RENAME TO away");
+    library.exec("ALTER TABLE twins RENAME TO root_word");
+    library.exec("INSERT INTO root_word VALUES(1, 'river')");
+    library.exec("INSERT INTO root_word VALUES(2, 'RIVER')");
+    library.exec(
+        "INSERT INTO word_index(id_document_object, hit_count, comp_type, type, id_root_word, "
+        "first_matching_sentence) SELECT 1, 1, 2, 1, id, 1 FROM root_word");
+    EXPECT_THROW(indexer.LoadCaches(database), base::RuntimeError);
+}
+
 TEST_F(Words, NoiseWordsAndSingleLettersAddNothingAndLeaveTheSentenceUnreferenced) {
     sentence("The and of x y", 1);
     EXPECT_EQ(indexer.pendingWords().count(), 0U);
@@ -175,7 +188,7 @@ TEST_F(Words, AFailingWordInsertResynchronisesTheCachesAndIsRetried) {
     EXPECT_EQ(number("SELECT count(*) FROM word_index WHERE id_document_object = 3"), 2);
 }
 
-TEST_F(Words, TheStatementsOfTheCommitsAreTheRequiredOnes) {
+TEST_F(Words, CommitsKeepTheTextThatOtherProgramsKnow) {
     sentence("O'Neil rows", 1);
     statements();
     indexer.CommitWords(3, database);
@@ -206,6 +219,24 @@ TEST_F(Words, ATransactionThatCannotBeginIsBegunOnAFreshConnection) {
     indexer.CommitWords(3, database);
     EXPECT_TRUE(logged("Error: Forced to retry transaction"));
     EXPECT_EQ(number("SELECT count(*) FROM word_index WHERE id_document_object = 3"), 1);
+}
+
+TEST_F(Words, SentencesWhoseTransactionCannotBeginAreWrittenOnAFreshConnection) {
+    sentence("A river", 1);
+    database.getConnection()->beginTrans();
+    indexer.CommitSentences(3, database);
+    EXPECT_TRUE(logged("Error: Forced to retry transaction"));
+    EXPECT_EQ(number("SELECT count(*) FROM ascii_sentences"), 3);
+}
+
+TEST_F(Words, ResynchronisingDropsTheRootWordsThatNoRowRefersToYet) {
+    sentence("river boat", 1);
+    library.exec(
+        "CREATE TRIGGER refuse BEFORE INSERT ON word_index BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    library.clock.onPause = [this] { library.exec("DROP TRIGGER refuse"); };
+    indexer.CommitWords(3, database);
+    EXPECT_EQ(number("SELECT count(*) FROM word_index WHERE id_document_object = 3"), 2);
+    EXPECT_EQ(number("SELECT count(*) FROM root_word"), 0);
 }
 
 TEST_F(Words, SentencesThatCannotBeWrittenAreKeptAndNothingOfThemIsStored) {

@@ -59,12 +59,16 @@ TEST_F(DocumentSetup, OfTwoValidRowsTheOneWithTheSameSourceIsReusedAndTheOtherMa
 
 TEST_F(DocumentSetup, WithTheCreateNewFlagEveryRowAtTheLocationIsInvalidated) {
     indexDocument();
+    library.exec(
+        "INSERT INTO document_object(source_url, saved_location, location_invalid) VALUES('http://b', "
+        "'/docs/river.txt', 0)");
     statements();
     auto again = job("/docs/river.txt");
     again.createNew = true;
     indexer.IndexDocument(again, database);
-    EXPECT_EQ(library.rows("SELECT id, location_invalid FROM document_object ORDER BY id"),
-              (Rows{{"1", "1"}, {"2", "0"}}));
+    EXPECT_EQ(
+        library.rows("SELECT id, location_invalid, location_invalid_date FROM document_object ORDER BY id"),
+        (Rows{{"1", "1", "2026-11-16 01:47:03"}, {"2", "1", "2026-11-16 01:47:03"}, {"3", "0", "NULL"}}));
     for (const std::string& statement : statements()) {
         EXPECT_FALSE(statement.starts_with("SELECT id, source_url FROM document_object")) << statement;
     }
@@ -120,7 +124,7 @@ TEST_F(DocumentSetup, WhatUsersAddedSurvivesAReindexing) {
     EXPECT_EQ(number("SELECT count(*) FROM important_text WHERE type=99"), 0);
 }
 
-TEST_F(DocumentSetup, ThePurgeAndRefreshStatementsAreTheRequiredOnes) {
+TEST_F(DocumentSetup, PurgeAndRefreshKeepTheTextThatOtherProgramsKnow) {
     indexDocument("/docs/O'Brien.txt");
     statements();
     indexDocument("/docs/O'Brien.txt");
@@ -179,6 +183,24 @@ TEST_F(DocumentSetup, TheLogFollowsTheCreationOfARecord) {
             "Logic: CD: Doc Setup - Document Created", "Logic: CD: Doc Setup - Created PRV and Doc Share"}));
 }
 
+TEST_F(DocumentSetup, AnnotationSectionsArePurgedByTheDocumentsKey) {
+    library.exec("INSERT INTO document_share(id_document, id_user, id_prv) VALUES(90, 7, 1)");
+    indexDocument();  // document 1, share 2
+    library.exec("INSERT INTO annotation_section(id_document_share, type, sequence) VALUES(1, 1, 1)");
+    library.exec("INSERT INTO annotation_section(id_document_share, type, sequence) VALUES(2, 1, 1)");
+    indexDocument();
+    EXPECT_EQ(library.rows("SELECT id_document_share FROM annotation_section"), (Rows{{"2"}}));
+}
+
+TEST_F(DocumentSetup, AStaleRowIsMarkedByAStatementOfItsOwn) {
+    indexAs("http://a");
+    statements();
+    indexAs("http://b");
+    EXPECT_EQ(statements()[2], std::string("UPDATE document_object SET location_invalid = TRUE, "
+                                           "location_invalid_date = '") +
+                                   "2026-11-16 01:47:03" + "' WHERE id = " + "1");
+}
+
 class SubDocumentTitle : public DocumentSetup {
   protected:
     /// Indexes attachment 3 of /docs/parent.txt without a title of its own, and gives its title.
@@ -199,6 +221,15 @@ class SubDocumentTitle : public DocumentSetup {
 
 TEST_F(SubDocumentTitle, DropsTheTimePrefixAndStandsBehindTheParents) {
     EXPECT_EQ(titleOf("C:\\temp\\20021105123456report.doc"), "Parent - report");
+}
+
+TEST_F(SubDocumentTitle, TheParentsTitleIsLookedUpByItsLocation) {
+    titleOf("report.doc");
+    const auto run = statements();
+    EXPECT_NE(std::find(run.begin(), run.end(),
+                        "SELECT title FROM document_object WHERE saved_location = '/docs/parent.txt' AND "
+                        "location_invalid = false"),
+              run.end());
 }
 
 TEST_F(SubDocumentTitle, IsFoundBehindTheSystemsOwnSeparator) {

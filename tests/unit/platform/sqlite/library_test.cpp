@@ -1,0 +1,144 @@
+#include <filesystem>
+#include <set>
+
+#include "unit/platform/sqlite/library_fixture.h"
+
+namespace {
+
+class LibraryFileTest : public LibraryTest {
+  protected:
+    std::string openError(const std::string& file) {
+        return errorOf([&] { engine_.open({file, {}, {}, {}}); });
+    }
+};
+
+TEST_F(LibraryFileTest, RefusesAMissingFileAndMakesNone) {
+    EXPECT_NE(openError(folder_ / "none.db").find("does not exist"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "none.db"));
+    EXPECT_NE(openError("").find("DataBasePath is empty"), std::string::npos);
+    EXPECT_FALSE(openError(folder_.path()).empty());
+    EXPECT_FALSE(openError(":memory:").empty());
+}
+
+TEST_F(LibraryFileTest, RefusesWhatIsNoLibrary) {
+    EXPECT_NE(openError(folder_.write("empty.db", "")).find("is empty"), std::string::npos);
+    EXPECT_NE(openError(folder_.write("text.db", "plain text")).find("no SQLite file"), std::string::npos);
+    EXPECT_NE(openError(folder_.write("long.db", std::string(9000, 'x'))).find("no SQLite file"),
+              std::string::npos);
+    platform::createLibrary(folder_ / "other.db", "CREATE TABLE t (a)");
+    EXPECT_NE(openError(folder_ / "other.db").find("file_index_queue"), std::string::npos);
+}
+
+TEST_F(LibraryFileTest, RefusesATruncatedLibrary) {
+    std::filesystem::resize_file(path(), std::filesystem::file_size(path()) / 2);
+    EXPECT_NE(openError(path()).find("truncated"), std::string::npos);
+}
+
+TEST_F(LibraryFileTest, RaisesWhenTheFileIsDeletedUnderAConnection) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    std::filesystem::remove(path());
+    EXPECT_NE(errorOf([this] { run("DELETE * FROM root_word WHERE id = 1"); }).find("does not exist"),
+              std::string::npos);
+    EXPECT_FALSE(errorOf([this] { connection().beginTrans(); }).empty());
+    EXPECT_FALSE(errorOf([this] { openFixed("SELECT id FROM root_word"); }).empty());
+    connection_.reset();
+    EXPECT_NE(openError(path()).find("does not exist"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(path()));
+}
+
+TEST_F(LibraryFileTest, RaisesWhenTheFileIsTruncatedUnderAConnection) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    std::filesystem::resize_file(path(), 0);
+    EXPECT_NE(errorOf([this] { connection().beginTrans(); }).find("emptied"), std::string::npos);
+    connection_.reset();
+    EXPECT_NE(openError(path()).find("is empty"), std::string::npos);
+}
+
+TEST_F(LibraryFileTest, RaisesWhenTheFileIsReplacedByATextFile) {
+    connection();
+    folder_.write("text", "no library");
+    std::filesystem::rename(folder_ / "text", path());
+    EXPECT_NE(errorOf([this] { run("DELETE * FROM root_word WHERE id = 1"); }).find("replaced"),
+              std::string::npos);
+    connection_.reset();
+    EXPECT_NE(openError(path()).find("no SQLite file"), std::string::npos);
+    EXPECT_EQ(folder_.read("library.db"), "no library");
+}
+
+TEST_F(LibraryFileTest, OpensTheLibraryThatHasTakenTheOldOnesPlace) {
+    {
+        platform::SqliteEngine other;
+        other.open({path(), {}, {}, {}})->execute("INSERT INTO root_word ( word ) VALUES( 'old')");
+    }
+    static_cast<void>(connect());  // keeps a warm handle on the old file
+    platform::createLibrary(folder_ / "new.db");
+    std::filesystem::rename(folder_ / "new.db", path());
+    EXPECT_TRUE(texts("SELECT word FROM root_word", "word").empty());
+}
+
+TEST_F(LibraryFileTest, SeesTablesThatOtherProgramsMadeMeanwhile) {
+    static_cast<void>(connect());
+    platform::SqliteEngine other;
+    other.open({path(), {}, {}, {}})->execute("CREATE TABLE note (made DATETIME, done BOOLEAN)");
+    run("INSERT INTO note (made, done) VALUES ('5/3/2002', true)");
+    EXPECT_EQ(value("SELECT made FROM note", "made").toText(), "2002-03-05 00:00:00");
+}
+
+TEST_F(LibraryFileTest, IsNeverMadeOverAnExistingFile) {
+    const std::string existing = folder_.write("notes.txt", "mine");
+    EXPECT_FALSE(errorOf([&] { platform::createLibrary(existing); }).empty());
+    EXPECT_EQ(folder_.read("notes.txt"), "mine");
+    EXPECT_FALSE(errorOf([this] { platform::createLibrary(folder_ / "bad.db", "CREATE NONSENSE"); }).empty());
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "bad.db"));
+}
+
+TEST_F(LibraryFileTest, IsWrittenAheadAndMarkedAsOurs) {
+    EXPECT_EQ(value("PRAGMA journal_mode", "journal_mode").toText(), "wal");
+    EXPECT_EQ(value("PRAGMA synchronous", "synchronous").toInt32(), 1);
+    EXPECT_EQ(value("PRAGMA user_version", "user_version").toInt32(), 1);
+}
+
+TEST_F(LibraryFileTest, BeginsWithTheReservedKindsOfText) {
+    EXPECT_EQ(texts("SELECT comp_type FROM search_weight WHERE type = 0 AND description = 'zzzDef' "
+                    "ORDER BY comp_type",
+                    "comp_type"),
+              (std::vector<std::string>{"2", "3", "4"}));
+    const auto types = texts("SELECT type FROM search_weight WHERE type <> 0", "type");
+    EXPECT_EQ(std::set<std::string>(types.begin(), types.end()).size(), types.size());
+    for (const char* name : {"user", "anti", "external_comment", "document_path", "comment", "comment_anchor",
+                             "general_comment", "normal"}) {
+        EXPECT_EQ(
+            texts(std::string("SELECT type FROM search_weight WHERE description = '") + name + "'", "type")
+                .size(),
+            1U)
+            << name;
+    }
+}
+
+TEST_F(LibraryFileTest, BeginsWithNoiseWordsAndDefaultRules) {
+    const auto words = texts("SELECT term FROM word_noise", "term");
+    EXPECT_GE(words.size(), 120U);
+    EXPECT_EQ(std::set<std::string>(words.begin(), words.end()).size(), words.size());
+    EXPECT_EQ(texts("SELECT data_type FROM prv_rules", "data_type"), std::vector<std::string>{"zzzzDef"});
+    EXPECT_EQ(texts("SELECT id_annotation_type FROM prv_rules_annotation, search_weight WHERE "
+                    "search_weight.type = id_annotation_type AND comp_type = 3",
+                    "id_annotation_type")
+                  .size(),
+              4U);
+}
+
+TEST_F(LibraryFileTest, FillsColumnsThatAStatementLeavesOut) {
+    run("INSERT INTO document_object (title) VALUES ('t')");
+    run("INSERT INTO document_share (id_document) VALUES (1)");
+    run("INSERT INTO prv (last_prv) VALUES (5)");
+    run("INSERT INTO file_index_queue (doc_path) VALUES ('p')");
+    for (const char* flag : {"location_invalid", "flag_user_set_title", "flag_indexing_failed"}) {
+        EXPECT_EQ(value("SELECT * FROM document_object", flag), base::Variant(false)) << flag;
+    }
+    EXPECT_EQ(value("SELECT flag_dirty FROM file_index_queue", "flag_dirty"), base::Variant(false));
+    EXPECT_EQ(value("SELECT id_annotation FROM document_share", "id_annotation").toInt32(), -1);
+    EXPECT_TRUE(value("SELECT last_modified FROM prv", "last_modified").isDate());
+    EXPECT_TRUE(value("SELECT hard_prv FROM prv", "hard_prv").isNull());
+}
+
+}  // namespace
