@@ -14,12 +14,12 @@
 #include "indexer/Indexer.h"
 #include "infra/Services.h"
 #include "platform/headless/headless_toolkit.h"
-#include "platform/headless/signal_waiter.h"
 #include "platform/posix/no_drives.h"
 #include "platform/posix/plugins/plugin_factory.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/posix_process.h"
 #include "platform/posix/settings_file.h"
+#include "platform/posix/signal_waiter.h"
 #include "platform/posix/system_clock.h"
 #include "platform/sqlite/sqlite_engine.h"
 
@@ -82,7 +82,7 @@ class Daemon {
     platform::SqliteEngine database_;
     platform::posix::PluginFactory plugins_{platform::posix::pluginFolders(process_.programDirectory()),
                                             [this] { return pluginCallLimit(); }};
-    platform::headless::SignalWaiter waiter_;
+    platform::posix::SignalWaiter waiter_;
     platform::headless::HeadlessToolkit toolkit_{waiter_};
     infra::Services services_{
         platform::System{settings_, database_, plugins_, toolkit_, files_, process_, drives_, clock_}};
@@ -105,11 +105,14 @@ std::string checkPollInterval(const std::string& text) {
 
 void describe(CLI::App& program, Options& options) {
     program.set_version_flag("--version", "tyindexerd " TYINDEXER_VERSION);
-    program.add_flag("--until-idle", options.untilIdle,
-                     "Exit when the queue has been looked at and holds no entry to claim");
+    program.add_flag(
+        "--until-idle", options.untilIdle,
+        "Exit when the queue has been looked at and holds no entry to claim, or, as without this "
+        "option, after more than MaxDocsBeforeRestart documents");
     program
         .add_option("--poll-interval", options.pollInterval,
-                    "Seconds between two looks at the queue, saved like an interval typed into the window")
+                    "Seconds between two looks at the queue, from 0.001 to 65.535; saved like an interval "
+                    "typed into the window, as the nearest whole number")
         ->type_name("SECONDS")
         ->check(CLI::Validator(checkPollInterval, ""));
     program
@@ -121,9 +124,10 @@ void describe(CLI::App& program, Options& options) {
         "The settings are those of the user, or of the file that $TYINDEXER_SETTINGS names; plug-ins come "
         "from\n"
         "the folders in $TYINDEXER_PLUGINS, then from the installed one. SIGTERM and SIGINT end the service\n"
-        "after the document in work.\n\n"
-        "Exit status: 0 stopped, or ended to be started again after MaxDocsBeforeRestart documents; 1 the\n"
-        "start, the database or an argument failed; 2 the records of a document could not be set up.");
+        "after the document in work; the same signal a second time kills it.\n\n"
+        "Exit status: 0 stopped, or ended to be started again after more than MaxDocsBeforeRestart\n"
+        "documents; 1 the start, the database or an argument failed, or another error ended the program;\n"
+        "2 the records of a document could not be set up.");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Main: deletes what earlier runs left behind. The register holds one value per file; its data is the path.
 #include <exception>
+#include <optional>
 
 #include "app/Main.h"
 #include "infra/retryFailing.h"
@@ -24,15 +25,20 @@ void Main::ClearOldTempFiles() {
     try {
         services_.system.files.prepare();
         std::string name;
+        std::optional<std::string> handled;
         ValueType type = ValueType::none;
-        // Always the first value: each pass removes the one it has handled. A value without a path stays the
-        // first one, and the clean-up with it, until somebody mends the register.
+        // Always the first value: each pass removes the one it has handled. A value without a path, or one
+        // that cannot be removed, stays the first one, and the clean-up with it, until somebody mends the
+        // register.
         while (services_.registry.EnumValues(RootKey::currentUser, infra::temporaryFilesKey, 0, name, type)) {
+            if (handled == name) {
+                services_.system.clock.pause(infra::retryPause);
+            }
+            handled = name;
             const std::string path = isText(type) ? services_.registry.GetSettingString(
                                                         RootKey::currentUser, infra::temporaryFilesKey, name)
                                                   : std::string();
             if (path.empty()) {
-                services_.system.clock.pause(infra::retryPause);
                 continue;
             }
             WriteLog("Main.ClearOldTempFiles - Deleting: " + path, LogLevel::interest);

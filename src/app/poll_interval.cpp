@@ -1,5 +1,6 @@
 #include "app/poll_interval.h"
 
+#include <limits>
 #include <string>
 
 #include "base/checked.h"
@@ -9,12 +10,33 @@
 
 namespace app {
 
+namespace {
+
+bool readSeconds(std::string_view text, double& seconds) {
+    try {
+        return base::parseNumber(text, seconds);
+    } catch (const base::RuntimeError&) {
+        seconds = std::numeric_limits<double>::infinity();
+        return true;
+    }
+}
+
+/// True of zero itself, in any spelling. A number that is merely too near to zero for a double has digits.
+bool isZeroAsWritten(std::string_view text) {
+    return text.substr(0, text.find_first_of("eE")).find_first_of("123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
 double pollSeconds(std::string_view text) {
     double seconds = 0;
-    if (!base::parseNumber(text, seconds)) {
+    if (!readSeconds(text, seconds)) {
         throw base::RuntimeError(
             base::ErrorNumber::typeMismatch,
             "Type mismatch: the poll interval \"" + std::string(text) + "\" is not a number of seconds");
+    }
+    if (seconds == 0 && !isZeroAsWritten(text)) {
+        return std::numeric_limits<double>::denorm_min();
     }
     return seconds;
 }

@@ -65,10 +65,13 @@ class Reader {
         return std::nullopt;
     }
 
-    void skipDigits() {
+    /// Passes over digits; false without any.
+    bool skipDigits() {
+        const std::size_t begin = position_;
         while (!atEnd() && isDigit(text_[position_])) {
             ++position_;
         }
+        return position_ > begin;
     }
 
   private:
@@ -78,8 +81,10 @@ class Reader {
     std::size_t position_ = 0;
 };
 
-/// "h:mm[:ss]"
-bool readTime(Reader& reader, CivilTime& parts) {
+enum class Fraction { refused, cut };
+
+/// "h:mm[:ss]", or "h:mm[:ss[.f]]" with a fraction of any length.
+bool readTime(Reader& reader, CivilTime& parts, Fraction fraction = Fraction::refused) {
     const auto hour = reader.number(1, 2);
     if (!hour || !reader.take(':')) {
         return false;
@@ -96,6 +101,9 @@ bool readTime(Reader& reader, CivilTime& parts) {
             return false;
         }
         parts.second = *second;
+        if (fraction == Fraction::cut && reader.take('.')) {
+            return reader.skipDigits();
+        }
     }
     return true;
 }
@@ -133,11 +141,9 @@ std::optional<DateTime> readIsoRest(Reader& reader, CivilTime parts) {
     if (reader.atEnd()) {
         return DateTime::fromCivil(parts);
     }
-    if (!(reader.take(' ') || reader.take('T') || reader.take('t')) || !readTime(reader, parts)) {
+    if (!(reader.take(' ') || reader.take('T') || reader.take('t')) ||
+        !readTime(reader, parts, Fraction::cut)) {
         return std::nullopt;
-    }
-    if (reader.take('.')) {
-        reader.skipDigits();
     }
     const auto local = DateTime::fromCivil(parts);
     if (reader.atEnd() || !local) {

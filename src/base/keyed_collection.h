@@ -1,6 +1,6 @@
 // A KeyedCollection keeps values in the order in which they came, each under a text key without regard to
-// letter case. It is the shape of the indexer's caches: access by key costs one hash look-up and no
-// allocation.
+// letter case. The indexer, whose caches have this shape, owns them. Access by key costs one hash look-up and
+// no allocation.
 #pragma once
 
 #include <cstddef>

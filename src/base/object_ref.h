@@ -1,4 +1,5 @@
-// An ObjectRef shares an object and raises a RuntimeError where an empty reference is used.
+// An ObjectRef shares an object and raises a RuntimeError where an empty reference is used. Its holders own
+// the object together: it goes with the last of them.
 #pragma once
 
 #include <memory>

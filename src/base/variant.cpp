@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <locale>
+#include <sstream>
 #include <system_error>
 
 #include "base/checked.h"
@@ -30,8 +32,17 @@ struct Overloaded : Visitors... {
 template <class... Visitors>
 Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
-/// std::errc() with the number, result_out_of_range where no double holds it, invalid_argument for what is no
-/// number.
+/// True of a number that no double holds because it is too large; the others are too near to zero.
+bool isTooLarge(std::string_view text) {
+    std::istringstream stream{std::string(text)};
+    stream.imbue(std::locale::classic());
+    double nearest = 0;
+    stream >> nearest;
+    return std::abs(nearest) > 1;
+}
+
+/// std::errc() with the number, which is 0 for one too near to zero for a double; result_out_of_range for one
+/// too large; invalid_argument for what is no number.
 std::errc readNumber(std::string_view text, double& number) {
     text = trim(text);
     if (text.starts_with('+') && !text.starts_with("+-")) {
@@ -44,7 +55,14 @@ std::errc readNumber(std::string_view text, double& number) {
         return std::errc::invalid_argument;
     }
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return end == text.data() + text.size() ? error : std::errc::invalid_argument;
+    if (end != text.data() + text.size()) {
+        return std::errc::invalid_argument;
+    }
+    if (error == std::errc::result_out_of_range && !isTooLarge(text)) {
+        number = 0;
+        return {};
+    }
+    return error;
 }
 
 double textToDouble(const std::string& text) {
@@ -126,9 +144,10 @@ DateTime Variant::toDate() const {
             return *date;
         }
     }
-    const double seconds = toDouble() * secondsPerDay;
-    constexpr double limit = 3e11;  // beyond the year 9999
-    if (!(std::abs(seconds) < limit)) {
+    const double seconds = std::round(toDouble() * secondsPerDay);
+    constexpr double firstSecond = -657434 * secondsPerDay;   // 1 January 100
+    constexpr double afterTheLast = 2958466 * secondsPerDay;  // 1 January 10000
+    if (!(seconds >= firstSecond && seconds < afterTheLast)) {
         throw RuntimeError(ErrorNumber::overflow, "Overflow");
     }
     return DateTime::fromSeconds(std::llround(seconds));

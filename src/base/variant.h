@@ -58,7 +58,7 @@ class Variant {
 };
 
 /// Reads a whole text as a number: blanks around it, a sign, digits, a decimal point and an exponent are
-/// allowed. False when it is none; raises Overflow for one that no double holds.
+/// allowed. False when it is none; raises Overflow for one too large for a double. One too near to zero is 0.
 [[nodiscard]] bool parseNumber(std::string_view text, double& number);
 
 /// The number as a text that reads back as the same number, without a fraction where there is none.

@@ -38,9 +38,16 @@ std::int32_t calendarDays(base::DateTime from, base::DateTime to) {
     return base::narrow32(to.dayNumber() - from.dayNumber());
 }
 
+/// Raises "Overflow" for a value without a number: one that grows, with a negative half-life or between uses
+/// that are out of order, can outgrow them all.
 double decayed(double value, std::int32_t days, std::int32_t halfLife) {
     const std::int32_t exponent = -days;
-    return value * std::pow(2.0, static_cast<double>(exponent) / static_cast<double>(halfLife));
+    const double result =
+        value * std::pow(2.0, static_cast<double>(exponent) / static_cast<double>(halfLife));
+    if (!std::isfinite(result)) {
+        throw base::RuntimeError(base::ErrorNumber::overflow, "Overflow");
+    }
+    return result;
 }
 
 /// `decay_halflife` of the first row, 0 without a row.

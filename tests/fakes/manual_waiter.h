@@ -6,14 +6,12 @@
 #include <stdexcept>
 
 #include "platform/headless/headless_toolkit.h"
-#include "platform/headless/waiter.h"
+#include "platform/waiter.h"
 
 namespace fakes {
 
-class ManualWaiter : public platform::headless::Waiter {
+class ManualWaiter : public platform::Waiter {
   public:
-    using Milliseconds = platform::headless::Milliseconds;
-
     [[nodiscard]] Milliseconds now() override { return moment; }
 
     /// Nothing would ever end the wait, so a test that gets here without onWait is wrong.

@@ -112,6 +112,9 @@ SettingsStatus MemorySettingsStore::deleteValue(KeyHandle key, std::string_view 
     if (failWith || values == nullptr) {
         return failWith.value_or(SettingsStatus::invalidHandle);
     }
+    if (deleteFailsWith) {
+        return *deleteFailsWith;
+    }
     const auto removed = std::erase_if(
         *values, [name](const Value& value) { return base::equalsIgnoringCase(value.name, name); });
     return removed == 0 ? SettingsStatus::notFound : SettingsStatus::success;

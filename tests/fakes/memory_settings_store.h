@@ -40,6 +40,8 @@ class MemorySettingsStore : public platform::SettingsStore {
 
     /// Every operation answers this while it is set.
     std::optional<platform::SettingsStatus> failWith;
+    /// deleteValue answers this while it is set, as settings do that may only be read.
+    std::optional<platform::SettingsStatus> deleteFailsWith;
     /// encodeText and decodeText raise while it is set.
     bool conversionFails = false;
     /// Every text or number that was stored, as "name=value", in order.

@@ -58,10 +58,11 @@ int get(const Options& options) {
 }
 
 bool readsAsNumber(const std::string& text, std::int32_t& number) {
-    double value = 0;
-    if (!base::parseNumber(text, value)) {
+    const base::Variant written(text);
+    if (!written.isNumeric()) {
         return false;
     }
+    const double value = written.toDouble();
     constexpr double lowest = -2147483648.0;
     constexpr double highest = 2147483647.0;
     if (value < lowest || value > highest) {
@@ -69,6 +70,14 @@ bool readsAsNumber(const std::string& text, std::int32_t& number) {
     }
     number = static_cast<std::int32_t>(value);
     return value == static_cast<double>(number);
+}
+
+void requireWithinLimits(const SettingName& name, std::int32_t number) {
+    const auto limits = limitsOf(name);
+    if (limits && (number < limits->lowest || number > limits->highest)) {
+        throw Failure("\"" + nameOf(name) + "\" takes a whole number from " + std::to_string(limits->lowest) +
+                      " to " + std::to_string(limits->highest) + ", not " + std::to_string(number));
+    }
 }
 
 /// What was asked for; else what the service reads; else what is stored there already; else text.
@@ -102,6 +111,7 @@ int set(const Options& options) {
                 throw Failure("\"" + nameOf(name) + "\" takes a whole number of 32 bits, not \"" +
                               options.value + "\"");
             }
+            requireWithinLimits(name, number);
             settings.putNumber(name, number);
             return succeeded;
         case ValueType::text:

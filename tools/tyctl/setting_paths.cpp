@@ -94,6 +94,16 @@ std::optional<platform::ValueType> knownTypeOf(const SettingName& setting) {
     return std::nullopt;
 }
 
+std::optional<Limits> limitsOf(const SettingName& setting) {
+    // The service takes an interval that its timer cannot wait for as one second, without a word.
+    constexpr Limits pollInterval{0, 65};
+    if (base::equalsIgnoringCase(setting.key, expandKey("Indexer")) &&
+        base::equalsIgnoringCase(setting.value, "PollInterval")) {
+        return pollInterval;
+    }
+    return std::nullopt;
+}
+
 std::string shortKey(std::string_view key) {
     if (!liesAtOrBelow(key, productKey)) {
         return std::string(key);

@@ -1,6 +1,7 @@
 // How settings are named on the command line, and which kind each known one is of.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,13 @@ SettingName parseSettingName(std::string_view name);
 
 /// The kind of a setting that the service reads; nothing for an unknown one.
 std::optional<platform::ValueType> knownTypeOf(const SettingName& setting);
+
+/// What the service accepts of a number; nothing for settings that it takes as they are.
+struct Limits {
+    std::int32_t lowest;
+    std::int32_t highest;
+};
+std::optional<Limits> limitsOf(const SettingName& setting);
 
 /// The key's short form, as it can be typed; a key outside the product's is given back as it is.
 std::string shortKey(std::string_view key);

@@ -172,10 +172,12 @@ bool Supervisor::watch() {
 
 bool Supervisor::pause(double seconds) const {
     const double until = now() + seconds;
-    for (double left = seconds; left > 0; left = until - now()) {
+    double left = seconds;
+    while (left > 0) {
         if (waitFor(left) == Event::stop) {
             return false;
         }
+        left = until - now();
     }
     return true;
 }

@@ -10,10 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "platform/headless/waiter.h"
 #include "platform/ui.h"
+#include "platform/waiter.h"
 
 namespace platform::headless {
+
+using Milliseconds = Waiter::Milliseconds;
 
 class HeadlessToolkit;
 

@@ -16,8 +16,8 @@
 #include <string_view>
 
 #include "platform/headless/headless_form.h"
-#include "platform/headless/waiter.h"
 #include "platform/ui.h"
+#include "platform/waiter.h"
 
 namespace platform::headless {
 

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/posix/descriptor.h"
 #include "platform/posix/system_error.h"
 
 namespace platform::posix {
@@ -15,19 +16,6 @@ namespace platform::posix {
 namespace {
 
 constexpr mode_t newFileMode = 0666;  // less the process's own mask
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { ::close(number_); }
-
-    [[nodiscard]] int number() const { return number_; }
-
-  private:
-    int number_;
-};
 
 int openForAppending(const std::string& path) {
     // Without O_NONBLOCK a path that leads to a pipe that nobody reads would stop the service.

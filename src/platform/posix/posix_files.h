@@ -16,7 +16,8 @@ class PosixFiles : public FileSystem {
     /// $TMPDIR where it is set, else /tmp.
     std::uint32_t temporaryFolder(std::uint32_t size, char* path) override;
 
-    /// The bytes go out in one write, so that lines of several processes do not mix.
+    /// The bytes go out in one write, so that lines of several processes do not mix. Only what the system
+    /// leaves over of it, as on a disk that fills up, follows in further ones.
     void append(const std::string& path, const std::string& bytes) override;
 };
 

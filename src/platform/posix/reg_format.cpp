@@ -42,8 +42,12 @@ std::string quoted(std::string_view text) {
     return '"' + base::replaceAll(base::replaceAll(text, "\\", "\\\\"), "\"", "\\\"") + '"';
 }
 
+bool fitsOnALine(std::string_view text) {
+    return isWithout(text, std::string_view("\r\n\0", 3));
+}
+
 std::string nameText(const SettingsValue& value, const std::string& key) {
-    if (!isWithout(value.name, std::string_view("\r\n\0", 3))) {
+    if (!fitsOnALine(value.name)) {
         throw base::RuntimeError(base::ErrorNumber::invalidProcedureCall,
                                  "cannot export a value in [" + key +
                                      "] whose name holds a line break: delete or rename it first");
@@ -84,8 +88,7 @@ std::string hexText(const std::string& begin, std::string_view bytes) {
 std::string valueText(const SettingsValue& value, const std::string& key) {
     const std::string begin = nameText(value, key) + "=";
     const bool isText = value.type == ValueType::text || value.type == ValueType::expandableText;
-    if (value.type == ValueType::text && isWithout(value.data, std::string_view("\r\n\0", 3)) &&
-        isUtf8(value.data)) {
+    if (value.type == ValueType::text && fitsOnALine(value.data) && isUtf8(value.data)) {
         return begin + quoted(value.data);
     }
     if (value.type == ValueType::number && value.data.size() == numberSize) {
@@ -123,6 +126,11 @@ std::string spelledPath(SettingsFile& settings, std::string_view path) {
 }
 
 void exportKey(SettingsFile& settings, const std::string& path, std::string& text) {
+    if (!fitsOnALine(path)) {
+        throw base::RuntimeError(
+            base::ErrorNumber::invalidProcedureCall,
+            "cannot export the key [" + path + "], whose name holds a line break: delete it first");
+    }
     if (!path.empty()) {
         std::vector<SettingsValue> values;
         expectSuccess(settings.values(path, values), "read the values of [" + path + "]");

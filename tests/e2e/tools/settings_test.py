@@ -27,6 +27,27 @@ class SettingsTest(TyctlTest):
     def test_a_number_out_of_range_is_refused(self):
         self.tyctl("settings", "set", "--number", "Indexer\\PollInterval", "4294967296", status=1)
 
+    def test_a_number_too_large_for_any_number_is_refused_as_one_that_does_not_fit(self):
+        failed = self.tyctl("settings", "set", "Indexer/MaxDocsBeforeRestart", "1e400", status=1)
+        self.assertIn("takes a whole number of 32 bits", failed.stderr)
+
+    def test_a_poll_interval_that_the_service_would_replace_is_refused(self):
+        for accepted in ("0", "65"):
+            self.set("Indexer/PollInterval", accepted)
+        for refused in ("-1", "66"):
+            failed = self.tyctl("settings", "set", "--number", "--", "indexer/pollinterval", refused, status=1)
+            self.assertIn(f'"service\\indexer\\pollinterval" takes a whole number from 0 to 65, not {refused}',
+                          failed.stderr)
+        self.assertEqual(self.get("Indexer/PollInterval"), "65")
+
+    def test_a_word_that_is_no_command_is_named(self):
+        self.assertEqual(self.tyctl("frobnicate", status=2).stderr,
+                         'tyctl: no command "frobnicate"; see tyctl --help\n')
+        self.assertEqual(self.tyctl("settings", "frobnicate", status=2).stderr,
+                         'tyctl settings: no command "frobnicate"; see tyctl settings --help\n')
+        self.assertEqual(self.tyctl("--frob", status=2).stderr, 'tyctl: no option "--frob"; see tyctl --help\n')
+        self.assertIn("subcommand", self.tyctl(status=2).stderr)
+
     def test_the_kind_can_be_said(self):
         self.set("--expand", "DataTypes/txt/Folder", "%TEMP%")
         self.set("--number", "DataTypes/txt/Count", "3")

@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include "infra/retryFailing.h"
 #include "unit/app/window_fixture.h"
 
 namespace {
@@ -110,6 +111,23 @@ TEST_F(TemporaryFiles, AnEmptyTextIsMetAgainUntilItIsGone) {
     window->ClearOldTempFiles();
     EXPECT_EQ(clock.pauses, 20);
     EXPECT_THAT(log(), IsEmpty());
+}
+
+TEST_F(TemporaryFiles, AValueThatCannotBeDeletedIsMetAgainAfterAPause) {
+    const std::string path = add("1", "x");
+    settings.deleteFailsWith = SettingsStatus::accessDenied;
+    clock.onPause = [this] {
+        EXPECT_EQ(clock.paused, clock.pauses * infra::retryPause);
+        if (clock.pauses == 3) {
+            settings.deleteFailsWith.reset();
+        }
+    };
+    create();
+    window->ClearOldTempFiles();
+    EXPECT_EQ(clock.pauses, 3);
+    EXPECT_EQ(log().size(), 7U);  // the file was there in the first pass alone
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_TRUE(registerIsEmpty());
 }
 
 TEST_F(TemporaryFiles, AreClearedDuringStartUpBeforeTheLibraryIsOpened) {

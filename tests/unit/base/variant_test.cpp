@@ -121,6 +121,23 @@ TEST(Variant, TellsThatATextTooLargeForADoubleIsNotNumeric) {
     EXPECT_FALSE(Variant("1e999").isNumeric());
 }
 
+TEST(Variant, ATextTooNearToZeroForADoubleIsZero) {
+    for (const char* text : {"1e-400", "-1e-400", "0.5e-99999999999999999999", " +12.5E-999 "}) {
+        EXPECT_EQ(Variant(text).toDouble(), 0) << text;
+        EXPECT_EQ(Variant(text).toInt32(), 0) << text;
+        EXPECT_TRUE(Variant(text).isNumeric()) << text;
+    }
+}
+
+TEST(Variant, RefusesADayThatNoCalendarHolds) {
+    EXPECT_EQ(Variant(-657434.0).toDate().text(), "0100-01-01 00:00:00");
+    EXPECT_EQ(Variant(2958465.5).toDate().text(), "9999-12-31 12:00:00");
+    for (const double day : {-657434.5, -657435.0, 2958466.0, 2958465.9999999}) {
+        EXPECT_EQ(errorOf([&] { static_cast<void>(Variant(day).toDate()); }), "6 Overflow") << day;
+    }
+    EXPECT_EQ(errorOf([] { static_cast<void>(Variant("2958466").toDate()); }), "6 Overflow");
+}
+
 TEST(Variant, TellsWhatIsADate) {
     EXPECT_TRUE(Variant(noon).isDate());
     EXPECT_TRUE(Variant("5/3/2002").isDate());

@@ -282,6 +282,26 @@ TEST_F(TysPRV, LeavesAKnownValueAsItIsWithoutDaysOrAHalfLife) {
     EXPECT_EQ(prv.decayPRVFromDate(99, Variant(0.5), from, *DateTime::parse("2027-01-01")), Variant(0.5));
 }
 
+TEST_F(TysPRV, RaisesOverflowWhereANegativeHalfLifeOutgrowsANumber) {
+    library.exec("UPDATE prv_rules SET decay_halflife = -1");
+    at("2036-01-01 00:00:00");
+    try {
+        static_cast<void>(decay());
+        FAIL() << "there is no number for it";
+    } catch (const base::RuntimeError& error) {
+        EXPECT_EQ(error.number(), 6);
+        EXPECT_EQ(error.description(), "Overflow");
+    }
+}
+
+TEST_F(TysPRV, RaisesOverflowWhereUsesOutOfOrderOutgrowANumber) {
+    library.exec(
+        "UPDATE prv_rules SET decay_halflife = 1;"
+        "INSERT INTO search_term_history (id_search_term, time_stamp) VALUES (4, '2025-01-01 00:00:00'),"
+        "(4, '2020-01-01 00:00:00')");
+    EXPECT_THROW(static_cast<void>(prv.getSearchPRV(4, library.clock.moment)), base::RuntimeError);
+}
+
 TEST_F(TysPRV, RaisesTheErrorOfAFailingStatement) {
     library.exec("DROP TABLE prv_history");
     EXPECT_THROW(prv.changePRV(document, user, std::int32_t{1}, "Read"), base::RuntimeError);

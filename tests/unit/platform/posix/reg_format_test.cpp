@@ -184,6 +184,23 @@ TEST_F(RegistryText, ExportsTextsWithLineBreaksAsBytes) {
         header + keyLine + "\"a\"=hex(1):78,00,0d,00,0a,00,00,00\r\n\"b\"=hex(2):25,00,54,00,00,00\r\n");
 }
 
+TEST_F(RegistryText, RaisesForAKeyWhoseNameHoldsALineBreak) {
+    platform::KeyHandle handle{};
+    ASSERT_EQ(settings.createKey(platform::RootKey::currentUser, "Software\\Maker\\two\nlines", handle),
+              SettingsStatus::success);
+    settings.closeKey(handle);
+    try {
+        static_cast<void>(exportRegistryText(settings, key));
+        FAIL() << "the format has no form for it";
+    } catch (const base::RuntimeError& error) {
+        EXPECT_EQ(error.number(), 5);
+        EXPECT_EQ(
+            error.description(),
+            "cannot export the key [Software\\Maker\\two\nlines], whose name holds a line break: delete "
+            "it first");
+    }
+}
+
 TEST_F(RegistryText, GivesBackEveryValueThatItExported) {
     std::string bytes;
     for (int byte = 0; byte < 256; ++byte) {

@@ -1,16 +1,16 @@
-// A Waiter is the time that a headless window lives in, and the way in which it is told to close.
+// A Waiter is the time that a window without a screen lives in, and the way in which it is told to close.
 // The composition root owns it; the toolkit asks it.
 #pragma once
 
 #include <chrono>
 #include <optional>
 
-namespace platform::headless {
-
-using Milliseconds = std::chrono::milliseconds;
+namespace platform {
 
 class Waiter {
   public:
+    using Milliseconds = std::chrono::milliseconds;
+
     Waiter() = default;
     Waiter(const Waiter&) = delete;
     Waiter& operator=(const Waiter&) = delete;
@@ -27,4 +27,4 @@ class Waiter {
     [[nodiscard]] virtual bool closeRequested() = 0;
 };
 
-}  // namespace platform::headless
+}  // namespace platform

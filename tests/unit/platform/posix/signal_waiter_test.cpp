@@ -1,12 +1,25 @@
-#include "platform/headless/signal_waiter.h"
+#include "platform/posix/signal_waiter.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
+
+#include <unistd.h>
+
+#include "base/runtime_error.h"
 
 namespace {
 
-using platform::headless::SignalWaiter;
+using platform::posix::SignalWaiter;
+
+/// What the system would give the next file that is opened.
+int lowestFreeDescriptor() {
+    const int number = dup(STDERR_FILENO);
+    close(number);
+    return number;
+}
 
 TEST(SignalWaiter, IsNotAskedToCloseBeforeASignal) {
     SignalWaiter waiter;
@@ -49,12 +62,30 @@ TEST(SignalWaiter, ASecondSignalOfTheSameKindHasItsUsualEffect) {
 }
 
 TEST(SignalWaiter, GivesTheSignalsBack) {
-    struct sigaction before {};
-    sigaction(SIGTERM, nullptr, &before);
+    for (const int signal : {SIGTERM, SIGINT}) {
+        struct sigaction before {};
+        ASSERT_EQ(sigaction(signal, nullptr, &before), 0);
+        { SignalWaiter waiter; }
+        struct sigaction after {};
+        ASSERT_EQ(sigaction(signal, nullptr, &after), 0);
+        EXPECT_EQ(before.sa_handler, after.sa_handler);
+    }
+}
+
+TEST(SignalWaiter, RaisesForASignalThatCannotBeTaken) {
+    try {
+        const platform::posix::TakenSignal taken(SIGKILL);
+        FAIL() << "nobody can take this signal over";
+    } catch (const base::RuntimeError& error) {
+        EXPECT_EQ(error.number(), EINVAL);
+        EXPECT_THAT(error.description(), testing::StartsWith("cannot take over signal 9: "));
+    }
+}
+
+TEST(SignalWaiter, LeavesNoFileOpenWhenItGoes) {
+    const int before = lowestFreeDescriptor();
     { SignalWaiter waiter; }
-    struct sigaction after {};
-    sigaction(SIGTERM, nullptr, &after);
-    EXPECT_EQ(before.sa_handler, after.sa_handler);
+    EXPECT_EQ(lowestFreeDescriptor(), before);
 }
 
 }  // namespace

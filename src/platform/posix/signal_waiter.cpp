@@ -1,20 +1,18 @@
-#include "platform/headless/signal_waiter.h"
+#include "platform/posix/signal_waiter.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <limits>
 #include <string>
-#include <system_error>
 
-#include "base/runtime_error.h"
+#include "platform/posix/system_error.h"
 
-namespace platform::headless {
+namespace platform::posix {
 
 namespace {
 
@@ -29,48 +27,41 @@ void onSignal(int /*signal*/) {
     errno = formerError;
 }
 
-[[noreturn]] void raiseSystemError(const char* call) {
-    const int number = errno;
-    throw base::RuntimeError(number, std::string(call) + " failed while the service took over its signals: " +
-                                         std::generic_category().message(number));
-}
-
 }  // namespace
 
-SignalWaiter::SignalWaiter() {
+std::array<int, 2> WakeUpPipe::openEnds() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-        raiseSystemError("pipe2");
+        throw systemError(errno, "cannot make the pipe that tells of signals");
     }
-    readEnd_ = ends[0];
-    wakeUpEnd = ends[1];
-    takeSignals();
+    return ends;
 }
 
-void SignalWaiter::takeSignals() {
+WakeUpPipe::WakeUpPipe(const std::array<int, 2>& ends) : readEnd_(ends[0]), writeEnd_(ends[1]) {
+    wakeUpEnd = writeEnd_.number();
+}
+
+WakeUpPipe::~WakeUpPipe() {
+    wakeUpEnd = -1;
+}
+
+TakenSignal::TakenSignal(int signal) : signal_(signal) {
     struct sigaction action {};
     action.sa_handler = onSignal;
     // Plug-ins, which are started while the handlers stand, get the usual handling back: a handler does not
     // live through the start of another program.
     action.sa_flags = static_cast<int>(static_cast<unsigned>(SA_RESTART) | SA_RESETHAND);
-    if (sigaction(SIGTERM, &action, &formerTerminate_) != 0 ||
-        sigaction(SIGINT, &action, &formerInterrupt_) != 0) {
-        raiseSystemError("sigaction");
+    if (sigaction(signal_, &action, &former_) != 0) {
+        throw systemError(errno, "cannot take over signal " + std::to_string(signal_));
     }
 }
 
-SignalWaiter::~SignalWaiter() {
-    giveSignalsBack();
+TakenSignal::~TakenSignal() {
+    // What the system itself gave out it takes back; were it not so, nothing could be done here.
+    static_cast<void>(sigaction(signal_, &former_, nullptr));
 }
 
-void SignalWaiter::giveSignalsBack() noexcept {
-    sigaction(SIGTERM, &formerTerminate_, nullptr);
-    sigaction(SIGINT, &formerInterrupt_, nullptr);
-    close(wakeUpEnd.exchange(-1));
-    close(readEnd_);
-}
-
-Milliseconds SignalWaiter::now() {
+Waiter::Milliseconds SignalWaiter::now() {
     return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
@@ -81,9 +72,9 @@ void SignalWaiter::wait(std::optional<Milliseconds> until) {
         const auto left = (*until - now()).count() + 1;
         timeout = static_cast<int>(std::clamp<Milliseconds::rep>(left, 0, std::numeric_limits<int>::max()));
     }
-    pollfd end{readEnd_, POLLIN, 0};
+    pollfd end{pipe_.readEnd(), POLLIN, 0};
     if (poll(&end, 1, timeout) < 0 && errno != EINTR) {
-        raiseSystemError("poll");
+        throw systemError(errno, "cannot wait for signals");
     }
     readSignals();
 }
@@ -95,9 +86,9 @@ bool SignalWaiter::closeRequested() {
 
 void SignalWaiter::readSignals() {
     std::array<char, 16> bytes{};
-    while (read(readEnd_, bytes.data(), bytes.size()) > 0) {
+    while (read(pipe_.readEnd(), bytes.data(), bytes.size()) > 0) {
         closeRequested_ = true;
     }
 }
 
-}  // namespace platform::headless
+}  // namespace platform::posix
