@@ -45,13 +45,44 @@ void Handle::Closer::operator()(sqlite3* database) const {
 
 Handle::Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared)
     : file_(path), database_(openFile(path)), catalog_(database_.get()), prepared_(prepared) {
-    file_.checkContent(database_.get());
+    const LibraryFile::End end = file_.checkContent(database_.get());
     openDatabase(options);
+    if (end == LibraryFile::End::mayBeInLog) {
+        checkPages();
+    }
     checkIsLibrary();
 }
 
 Handle::~Handle() {
     forgetIdleShapes();
+    if (!file_.isInPlace()) {
+        // The log belongs to the file that is open here. Left beside the one that stands in its place now, it
+        // would be laid over that one at the next open.
+        sqlite3_wal_checkpoint_v2(database_.get(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+    } else if (!isSound()) {
+        // Somebody has written over the file: nothing of ours goes into what it holds now.
+        sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
+}
+
+bool Handle::isSound() noexcept {
+    try {
+        if (!isDamaged_) {
+            checkFile();
+        }
+        return !isDamaged_;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void Handle::checkPages() {
+    static constexpr const char* check = "PRAGMA quick_check(1)";
+    Statement statement = prepare(check, 0, Texts::stay);
+    if (!statement.step(check) || statement.row(*statement.columns()).at(0).toText() != "ok") {
+        throw base::RuntimeError(base::ErrorNumber::databaseError,
+                                 "The library \"" + path() + "\" is damaged; restore it from a copy");
+    }
 }
 
 void Handle::openDatabase(const HandleOptions& options) {
@@ -115,7 +146,7 @@ Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts te
         shape.idle.pop_back();
     }
     ++shape.inUse;
-    Statement statement(database_.get(), shape, prepared);
+    Statement statement(database_.get(), shape, prepared, isDamaged_);
     statement.bind(lexed_, identity, texts, text);
     return statement;
 }

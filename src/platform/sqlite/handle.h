@@ -44,6 +44,10 @@ class Handle {
     /// forgotten. Raises a RuntimeError when the file can no longer be used.
     void refresh();
 
+    /// False when the file is no longer what was opened, or a statement has found it damaged. Such a handle
+    /// must not be kept.
+    [[nodiscard]] bool isSound() noexcept;
+
     /// A statement ready to run.
     Statement prepare(std::string_view text, std::int32_t identity, Texts texts);
 
@@ -65,6 +69,7 @@ class Handle {
 
     void openDatabase(const HandleOptions& options);
     void checkIsLibrary();
+    void checkPages();
     std::int64_t pragmaNumber(const char* pragma);
     void run(const char* sql);
     PreparedShape& shapeOf(std::string_view text);
@@ -80,6 +85,7 @@ class Handle {
     jet::LexedStatement lexed_;
     Shapes shapes_;
     std::int64_t schemaVersion_ = 0;
+    bool isDamaged_ = false;
 };
 
 }  // namespace platform::sqlite

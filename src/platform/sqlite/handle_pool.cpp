@@ -43,7 +43,7 @@ void HandlePool::giveBack(std::unique_ptr<Handle> handle) noexcept {
     if (warm_.capacity() < mostWarm) {
         warm_.reserve(mostWarm);
     }
-    if (warm_.size() < mostWarm) {
+    if (warm_.size() < mostWarm && handle->isSound()) {
         warm_.push_back(std::move(handle));
     }
 }

@@ -23,7 +23,8 @@ class HandlePool {
     /// Raises a RuntimeError when there is no library at the path.
     std::unique_ptr<Handle> take(const std::string& path);
 
-    /// Keeps a handle, which must be outside any transaction with no statement in use.
+    /// Keeps a handle that is sound and closes any other. It must be outside any transaction with no
+    /// statement in use.
     void giveBack(std::unique_ptr<Handle> handle) noexcept;
 
     /// Closes all handles that no connection has.

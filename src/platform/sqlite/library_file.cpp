@@ -67,7 +67,7 @@ LibraryFile::Status LibraryFile::status() const {
     return {found.st_dev, found.st_ino, found.st_size};
 }
 
-void LibraryFile::checkContent(sqlite3* database) {
+LibraryFile::End LibraryFile::checkContent(sqlite3* database) {
     sqlite3_file* file = nullptr;
     Header header{};
     sqlite3_int64 size = 0;
@@ -81,11 +81,17 @@ void LibraryFile::checkContent(sqlite3* database) {
         std::memcmp(header.data(), magic.data(), magic.size()) != 0) {
         fail("is not a library (no SQLite file)");
     }
-    // Pages that a checkpoint was writing when its process ended are still in the log.
-    if (size < sizeByHeader(header) && !hasLog(path_)) {
+    if (size >= sizeByHeader(header)) {
+        seen_.size = size;
+        return End::isThere;
+    }
+    // Pages that a checkpoint was writing when its process ended are still in the log, but no checkpoint
+    // shortens a file below what its header says.
+    if (size < seen_.size || !hasLog(path_)) {
         fail("is truncated: its end is missing; restore it from a copy");
     }
     seen_.size = size;
+    return End::mayBeInLog;
 }
 
 void LibraryFile::checkSame(sqlite3* database) {
@@ -96,9 +102,12 @@ void LibraryFile::checkSame(sqlite3* database) {
     if (now.size == 0) {
         fail("has been emptied since it was opened");
     }
-    if (now.size < seen_.size) {
-        checkContent(database);
-    }
+    static_cast<void>(checkContent(database));
+}
+
+bool LibraryFile::isInPlace() const noexcept {
+    struct stat found {};
+    return ::stat(path_.c_str(), &found) == 0 && found.st_dev == seen_.device && found.st_ino == seen_.inode;
 }
 
 void LibraryFile::fail(const std::string& what) const {

@@ -17,11 +17,17 @@ class LibraryFile {
 
     [[nodiscard]] const std::string& path() const { return path_; }
 
-    /// Raises a RuntimeError when what the handle has open is no SQLite file or ends before its last page.
-    void checkContent(sqlite3* database);
+    /// Whether the file ends where its header says, or earlier with a log beside it that may hold the rest.
+    enum class End { isThere, mayBeInLog };
+
+    /// Raises a RuntimeError when what the handle has open is no SQLite file or has lost its end.
+    End checkContent(sqlite3* database);
 
     /// Raises a RuntimeError when the file at the path is gone, is another one, or has lost its end.
     void checkSame(sqlite3* database);
+
+    /// Whether the path still leads to the file that was opened, whatever that file holds by now.
+    [[nodiscard]] bool isInPlace() const noexcept;
 
   private:
     struct Status {

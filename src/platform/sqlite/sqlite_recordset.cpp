@@ -63,6 +63,7 @@ void SqliteRecordset::runForward() {
 void SqliteRecordset::runAgain() {
     mustRunAgain_ = false;
     const Row delivered = std::move(row_);
+    eof_ = true;  // until there is a row again: an error leaves no half of one behind
     live_ = connection_->prepareQuery(statement_);
     takeLiveRow();
     if (!eof_ && row_ == delivered) {

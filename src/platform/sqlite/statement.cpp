@@ -78,7 +78,10 @@ base::Variant byType(base::Variant stored, jet::ColumnType type) {
 }  // namespace
 
 Statement::Statement(Statement&& other) noexcept
-    : database_(other.database_), shape_(other.shape_), prepared_(std::exchange(other.prepared_, nullptr)) {}
+    : database_(other.database_),
+      shape_(other.shape_),
+      prepared_(std::exchange(other.prepared_, nullptr)),
+      isDamaged_(other.isDamaged_) {}
 
 Statement& Statement::operator=(Statement&& other) noexcept {
     if (this != &other) {
@@ -86,6 +89,7 @@ Statement& Statement::operator=(Statement&& other) noexcept {
         database_ = other.database_;
         shape_ = other.shape_;
         prepared_ = std::exchange(other.prepared_, nullptr);
+        isDamaged_ = other.isDamaged_;
     }
     return *this;
 }
@@ -120,6 +124,8 @@ void Statement::bind(const jet::LexedStatement& lexed, std::int32_t identity, Te
 bool Statement::step(std::string_view text) {
     const int code = sqlite3_step(prepared_);
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
+        const int kind = code & 0xFF;
+        *isDamaged_ = *isDamaged_ || kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_IOERR;
         raiseError(database_, code, "Running a statement", text);
     }
     return code == SQLITE_ROW;

@@ -40,8 +40,9 @@ enum class Texts { stay, vanish };
 
 class Statement {
   public:
-    Statement(sqlite3* database, PreparedShape& shape, sqlite3_stmt* prepared)
-        : database_(database), shape_(&shape), prepared_(prepared) {}
+    /// `isDamaged` becomes true when a run finds the file damaged.
+    Statement(sqlite3* database, PreparedShape& shape, sqlite3_stmt* prepared, bool& isDamaged)
+        : database_(database), shape_(&shape), prepared_(prepared), isDamaged_(&isDamaged) {}
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
     Statement(Statement&& other) noexcept;
@@ -69,6 +70,7 @@ class Statement {
     sqlite3* database_;
     PreparedShape* shape_;
     sqlite3_stmt* prepared_;
+    bool* isDamaged_;
 };
 
 }  // namespace platform::sqlite

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "unit/platform/sqlite/library_fixture.h"
@@ -63,6 +64,57 @@ TEST_F(LibraryFileTest, RaisesWhenTheFileIsReplacedByATextFile) {
     connection_.reset();
     EXPECT_NE(openError(path()).find("no SQLite file"), std::string::npos);
     EXPECT_EQ(folder_.read("library.db"), "no library");
+}
+
+/// Overwrites a library that is in use, closes it, and tells whether the text is still what was written.
+class OverwrittenLibrary : public LibraryFileTest, public testing::WithParamInterface<std::size_t> {};
+
+TEST_P(OverwrittenLibrary, IsNoticedRefusedAndLeftAsItIs) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    const std::string text(GetParam(), 'x');
+    std::fstream file(path(), std::ios::in | std::ios::out | std::ios::binary);
+    file << text;
+    file.close();
+    EXPECT_NE(
+        errorOf([this] { run("INSERT INTO root_word ( word ) VALUES( 'boat')"); }).find("no SQLite file"),
+        std::string::npos);
+    const auto size = std::filesystem::file_size(path());
+    connection_.reset();
+    EXPECT_NE(openError(path()).find("no SQLite file"), std::string::npos);
+    EXPECT_EQ(std::filesystem::file_size(path()), size);
+    EXPECT_EQ(folder_.read("library.db").substr(0, text.size()), text);
+}
+
+INSTANTIATE_TEST_SUITE_P(SmallerAndLargerThanTheLibrary, OverwrittenLibrary, testing::Values(200, 3000000));
+
+TEST_F(LibraryFileTest, RaisesWhenTheFileLosesItsEndWhileThereIsALog) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    ASSERT_GT(std::filesystem::file_size(path() + "-wal"), 0U);
+    std::filesystem::resize_file(path(), std::filesystem::file_size(path()) / 2);
+    EXPECT_NE(errorOf([this] { run("INSERT INTO root_word ( word ) VALUES( 'boat')"); }).find("truncated"),
+              std::string::npos);
+    const auto size = std::filesystem::file_size(path());
+    connection_.reset();
+    EXPECT_FALSE(openError(path()).empty());
+    EXPECT_EQ(std::filesystem::file_size(path()), size);
+}
+
+TEST_F(LibraryFileTest, TheOldLibrarysLogIsNotLaidOverTheOneInItsPlace) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    ASSERT_GT(std::filesystem::file_size(path() + "-wal"), 0U);
+    platform::createLibrary(folder_ / "new.db");
+    std::filesystem::rename(path(), folder_ / "old.db");
+    std::filesystem::rename(folder_ / "new.db", path());
+    EXPECT_FALSE(errorOf([this] { run("INSERT INTO root_word ( word ) VALUES( 'boat')"); }).empty());
+    connection_.reset();
+    EXPECT_TRUE(texts("SELECT word FROM root_word", "word").empty());
+    EXPECT_EQ(
+        value("SELECT description FROM search_weight WHERE description = 'normal'", "description").toText(),
+        "normal");
+    connection_.reset();
+    auto old = engine_.open({folder_ / "old.db", {}, {}, {}});
+    auto rows = old->query("SELECT word FROM root_word");
+    EXPECT_EQ(rows->field("word").toText(), "river");
 }
 
 TEST_F(LibraryFileTest, OpensTheLibraryThatHasTakenTheOldOnesPlace) {

@@ -145,4 +145,13 @@ TEST_F(RecordsetTest, RefusesAStatementWithoutRows) {
     EXPECT_FALSE(errorOf([this] { openFixed("DELETE * FROM root_word WHERE id = 1"); }).empty());
 }
 
+TEST_F(RecordsetTest, ASecondRunThatFailsLeavesNoHalfRow) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    run("INSERT INTO root_word ( word ) VALUES( 'boat')");
+    const auto rows = open("SELECT word FROM root_word", platform::CursorType::forwardOnly);
+    std::filesystem::remove(path());
+    EXPECT_FALSE(errorOf([&] { rows->moveNext(); }).empty());
+    EXPECT_NE(errorOf([&] { rows->field("word"); }).find("No current record"), std::string::npos);
+}
+
 }  // namespace
