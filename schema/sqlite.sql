@@ -209,10 +209,7 @@ INSERT INTO search_weight (type, description, comp_type) VALUES
   (48, 'date', 4),
   (49, 'keywords', 4);
 
--- Relevance: the row 'zzzzDef' holds for every data type without one of its own, and sorts behind them all.
-
-INSERT INTO prv_rules (id, data_type, decay_halflife, creation_prv, annotation_density_as_weight, annotation_points_cap)
-  VALUES (1, 'zzzzDef', 90, 100, 0, 100);
+-- Annotations as the default rules below value them.
 
 INSERT INTO prv_rules_annotation (id_prv_rules, id_annotation_type, points, cap) VALUES
   (1, 20, 5, 25),
@@ -241,5 +238,12 @@ INSERT INTO word_noise (term) VALUES
   ('up'), ('upon'), ('us'), ('very'), ('was'), ('we'), ('were'), ('what'), ('when'), ('where'),
   ('whether'), ('which'), ('while'), ('who'), ('whom'), ('whose'), ('why'), ('will'), ('with'), ('within'),
   ('without'), ('would'), ('yet'), ('you'), ('your'), ('yours');
+
+-- Relevance: the row 'zzzzDef' holds for every data type without one of its own, and sorts behind them all.
+-- It stands last because of ROLLBACK: a shell goes on behind an error, and without it would add the kinds of text and
+-- the rules once more to a file that is a library already.
+
+INSERT OR ROLLBACK INTO prv_rules (id, data_type, decay_halflife, creation_prv, annotation_density_as_weight, annotation_points_cap)
+  VALUES (1, 'zzzzDef', 90, 100, 0, 100);
 
 COMMIT;
