@@ -17,12 +17,12 @@
 #include "infra/Services.h"
 #include "infra/tysDataBase.h"
 #include "platform/headless/headless_toolkit.h"
-#include "platform/headless/signal_waiter.h"
 #include "platform/posix/no_drives.h"
 #include "platform/posix/plugins/plugin_factory.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/posix_process.h"
 #include "platform/posix/settings_file.h"
+#include "platform/posix/signal_waiter.h"
 #include "platform/posix/system_clock.h"
 #include "platform/sqlite/sqlite_engine.h"
 
@@ -112,7 +112,7 @@ class StagedService {
     platform::posix::SystemClock clock_;
     platform::SqliteEngine engine_;
     platform::posix::PluginFactory plugins_{platform::posix::pluginFolders(process_.programDirectory()), {}};
-    platform::headless::SignalWaiter waiter_;
+    platform::posix::SignalWaiter waiter_;
     platform::headless::HeadlessToolkit toolkit_{waiter_};
 
     bench::TimedSettings settings_{settingsFile_, settingsStage_};

@@ -16,12 +16,12 @@
 #include "infra/tysDataBase.h"
 #include "platform/automation.h"
 #include "platform/headless/headless_toolkit.h"
-#include "platform/headless/signal_waiter.h"
 #include "platform/jet/lexer.h"
 #include "platform/posix/no_drives.h"
 #include "platform/posix/posix_files.h"
 #include "platform/posix/posix_process.h"
 #include "platform/posix/settings_file.h"
+#include "platform/posix/signal_waiter.h"
 #include "platform/posix/system_clock.h"
 #include "platform/sqlite/handle.h"
 #include "platform/sqlite/library_schema.h"
@@ -137,7 +137,7 @@ class Bench {
     platform::posix::SystemClock clock_;
     platform::SqliteEngine engine_;
     NoAutomation automation_;
-    platform::headless::SignalWaiter waiter_;
+    platform::posix::SignalWaiter waiter_;
     platform::headless::HeadlessToolkit toolkit_{waiter_};
     infra::Services services_{
         platform::System{settings_, engine_, automation_, toolkit_, files_, process_, drives_, clock_}};

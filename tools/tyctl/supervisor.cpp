@@ -26,7 +26,10 @@ const SettingName& mark() {
 
 void say(const std::string& text) {
     const platform::posix::SystemClock clock;
-    std::cerr << clock.now().longText() << ": tyctl supervise: " << text << std::endl;
+    // In one piece: the service writes to the same place, and its lines must not tear this one.
+    std::string line = clock.now().longText();
+    line.append(": tyctl supervise: ").append(text).append("\n");
+    std::cerr << line << std::flush;
 }
 
 std::string secondsText(double seconds) {
