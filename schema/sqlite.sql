@@ -93,7 +93,7 @@ CREATE TABLE prv_rules (
   annotation_points_cap NUMBER NOT NULL DEFAULT 100
 );
 
-CREATE INDEX prv_rules_data_type ON prv_rules (data_type);
+CREATE UNIQUE INDEX prv_rules_data_type ON prv_rules (data_type);
 
 CREATE TABLE prv_rules_annotation (
   id_prv_rules LONG NOT NULL,
@@ -101,7 +101,7 @@ CREATE TABLE prv_rules_annotation (
   points NUMBER NOT NULL,
   cap NUMBER NOT NULL
 );
-CREATE INDEX prv_rules_annotation_id_prv_rules ON prv_rules_annotation (id_prv_rules);
+CREATE UNIQUE INDEX prv_rules_annotation_id_prv_rules ON prv_rules_annotation (id_prv_rules, id_annotation_type);
 
 CREATE TABLE search_term_history (
   id INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -119,7 +119,7 @@ CREATE TABLE search_weight (
   description TEXT COLLATE NOCASE NOT NULL,
   comp_type LONG NOT NULL
 );
-CREATE INDEX search_weight_description ON search_weight (description, comp_type);
+CREATE UNIQUE INDEX search_weight_description ON search_weight (description, comp_type);
 
 CREATE TABLE root_word (
   id INTEGER PRIMARY KEY AUTOINCREMENT,
