@@ -45,12 +45,17 @@ void Handle::Closer::operator()(sqlite3* database) const {
 
 Handle::Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared)
     : file_(path), database_(openFile(path)), catalog_(database_.get()), prepared_(prepared) {
-    const LibraryFile::End end = file_.checkContent(database_.get());
-    openDatabase(options);
-    if (end == LibraryFile::End::mayBeInLog) {
-        checkPages();
+    try {
+        const LibraryFile::End end = file_.checkContent(database_.get());
+        openDatabase(options);
+        if (end == LibraryFile::End::mayBeInLog) {
+            checkPages();
+        }
+        checkIsLibrary();
+    } catch (...) {
+        forgetIdleShapes();  // a file with statements left is not closed
+        throw;
     }
-    checkIsLibrary();
 }
 
 Handle::~Handle() {
