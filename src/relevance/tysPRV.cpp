@@ -70,7 +70,8 @@ std::int32_t documentHalfLife(infra::tysDataBase& database, std::int32_t iDocID)
         const base::Variant stored = document->field("data_type");
         dataType = stored.isNull() ? std::string() : stored.toText();
     }
-    return readHalfLife(database, "SELECT decay_halflife FROM prv_rules WHERE data_type = '" + dataType +
+    return readHalfLife(database, "SELECT decay_halflife FROM prv_rules WHERE data_type = '" +
+                                      database.sanitise(dataType) +
                                       "' OR data_type = 'zzzzDef' ORDER BY data_type ASC");
 }
 
@@ -197,9 +198,9 @@ void tysPRV::addPRVHistoryEvent(std::int32_t iPRVid, std::string_view sDescripti
 std::int32_t tysPRV::createPRV(std::string_view sDataType) {
     infra::tysDataBase& database = set(dataSource_);
     const std::string dataType(sDataType);
-    const auto rules =
-        openQuery(database, "SELECT creation_prv FROM prv_rules WHERE data_type = '" + dataType +
-                                "' OR data_type = 'zzzzDef' ORDER BY data_type ASC");
+    const auto rules = openQuery(database, "SELECT creation_prv FROM prv_rules WHERE data_type = '" +
+                                               database.sanitise(dataType) +
+                                               "' OR data_type = 'zzzzDef' ORDER BY data_type ASC");
     if (rules->eof()) {
         throw base::RuntimeError(base::ErrorNumber::noCurrentRecord,
                                  "tysPRV.createPRV: prv_rules has no row for the data type '" + dataType +

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): kill and sigset_t are not in <csignal>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +18,8 @@ namespace {
 /// back is the reason why the command cannot run.
 int becomeCommand(char* const* arguments) {
     setpgid(0, 0);
+    // A supervisor that is killed must not leave a service behind, beside which the next one starts another.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/variant.h"
 #include "infra/tysRegistry.h"
 #include "tyctl/commands.h"
 #include "tyctl/failure.h"
@@ -31,6 +32,17 @@ int supervise(const Options& options) {
     return supervisor.run() ? succeeded : failed;
 }
 
+/// A number of seconds within limits; unlike the library's own range, it refuses "nan".
+CLI::Validator secondsBetween(double least, double most) {
+    const std::string range = base::numberText(least) + " to " + base::numberText(most);
+    return {[least, most, range](const std::string& text) {
+                double seconds = 0;
+                const bool fits = base::parseNumber(text, seconds) && seconds >= least && seconds <= most;
+                return fits ? std::string() : "\"" + text + "\" is no number of seconds from " + range;
+            },
+            "SECONDS"};
+}
+
 }  // namespace
 
 void addSuperviseCommand(CLI::App& program, int& status) {
@@ -41,10 +53,12 @@ void addSuperviseCommand(CLI::App& program, int& status) {
         "of\n"
         "life for too long. SIGTERM ends both.");
     command->add_option("--poll", options->poll, "Seconds between two looks at the heartbeat")
-        ->check(CLI::Range(0.01, 60.0))
+        ->check(secondsBetween(0.01, 60))
         ->capture_default_str();
-    command->add_option("--grace", options->grace,
-                        "Seconds that the service may take to stop (default: DeadMansSwitchSeconds)");
+    command
+        ->add_option("--grace", options->grace,
+                     "Seconds that the service may take to stop (default: DeadMansSwitchSeconds)")
+        ->check(secondsBetween(0.1, 3600));
     command->add_option("COMMAND", options->command, "The service and its arguments, after \"--\"")
         ->required();
     command->callback([options, &status] { status = supervise(*options); });

@@ -132,6 +132,18 @@ esac
         running.wait_for("a second time")
         self.assertEqual(running.finish(), 1)
 
+    def test_a_killed_supervisor_leaves_no_service_behind(self):
+        running = self.supervise("--", self.script("service", 'echo "ready $$ end" >&2\nexec sleep 1000\n'))
+        service = int(running.wait_for("ready").split()[-2])
+        running.signal(signal.SIGKILL)
+        self.assert_process_is_gone(service)
+
+    def test_refuses_times_that_are_none(self):
+        service = self.script("service", "exit 0\n")
+        for option in (("--grace", "inf"), ("--grace", "nan"), ("--grace", "-1"), ("--poll", "nan")):
+            refused = self.tyctl("supervise", *option, "--", service, status=2)
+            self.assertIn("is no number of seconds from", refused.stderr)
+
     def test_refuses_to_run_beside_another_supervisor(self):
         running = self.supervise("--", self.script("service", "echo ready >&2\nexec sleep 1000\n"))
         running.wait_for("ready")

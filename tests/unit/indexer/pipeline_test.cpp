@@ -414,6 +414,16 @@ TEST_F(Pipeline, CachesThatCannotBeLoadedFailTheDocumentAndAreLoadedForTheNext) 
     EXPECT_EQ(number("SELECT count(*) FROM document_object"), 1);
 }
 
+TEST_F(Pipeline, AQuoteInTheDataTypeIsPartOfItAndNoSql) {
+    useDefault("Test.Text");
+    auto odd = job("/docs/a.o'");
+    odd.dataType = "o' OR 1=1 OR data_type='";
+    indexer.IndexDocument(odd, database);
+    EXPECT_EQ(value("SELECT data_type FROM document_object"), "o' ");
+    EXPECT_EQ(value("SELECT last_prv FROM prv"),
+              value("SELECT creation_prv FROM prv_rules WHERE data_type = 'zzzzDef'"));
+}
+
 TEST_F(Pipeline, ACommitErrorOfTheSecondTryReachesTheCaller) {
     plugin().answer("SetDocumentID", false);
     givePlugin("Default", "Test.Default", ScriptedDocument());
