@@ -1,8 +1,10 @@
 #include "fakes/qt_driver.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QTest>
@@ -11,6 +13,7 @@
 #include <stdexcept>
 
 #include "platform/qt/display.h"
+#include "platform/qt/placing.h"
 #include "platform/qt/qt_text.h"
 #include "platform/qt/qt_toolkit.h"
 
@@ -60,6 +63,22 @@ class QtDriver final : public WindowDriver, private QObject {
     }
     void letTimePass(std::chrono::milliseconds time) override { waiter.advance(toolkit_, time); }
 
+    /// Fifteen twips are a pixel on a screen of 96 dots per inch, which the one in memory is.
+    [[nodiscard]] Seen see(std::string_view name) override {
+        auto* const widget = child<QWidget>(toQt(name));
+        const QRect place = widget->geometry();
+        Seen seen{{place.left() * 15, place.top() * 15, place.width() * 15, place.height() * 15},
+                  widget->property(platform::qt::tabIndexProperty).toInt(),
+                  {}};
+        if (const auto* label = qobject_cast<QLabel*>(widget)) {
+            seen.caption = fromQt(label->text());
+        } else if (const auto* button = qobject_cast<QAbstractButton*>(widget)) {
+            seen.caption = fromQt(button->text());
+        }
+        return seen;
+    }
+    [[nodiscard]] std::string title() override { return fromQt(form().widget().windowTitle()); }
+
   protected:
     [[nodiscard]] platform::Control& control(std::string_view name) override {
         platform::Control* const found = form().find(name);
@@ -101,6 +120,11 @@ class QtDriver final : public WindowDriver, private QObject {
     }
 
     void answer(QFileDialog& dialog) {
+        for (const QString& kind : dialog.nameFilters()) {
+            const qsizetype pattern = kind.lastIndexOf('(');
+            offered.push_back(fromQt(kind.first(pattern - 1) + '|' + kind.sliced(pattern + 1).chopped(1)));
+        }
+        offered.push_back('.' + fromQt(dialog.defaultSuffix()));
         if (fileChosen()) {
             dialog.findChild<QLineEdit*>("fileNameEdit")->setText(toQt(*fileChosen()));
             QTest::keyClick(&dialog, Qt::Key_Return);

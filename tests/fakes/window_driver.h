@@ -25,6 +25,19 @@ class WindowDriver : public UiDriver {
     /// Answers the file dialogs from now on; without a path they are cancelled.
     void answerFileDialogs(std::optional<std::string> path) { fileChosen_ = std::move(path); }
 
+    /// What is seen of a control: its place in twips, its place in the tab order, and its caption, with "&"
+    /// before the mnemonic.
+    struct Seen {
+        platform::Bounds bounds;
+        int tabIndex = 0;
+        std::string caption;
+    };
+    [[nodiscard]] virtual Seen see(std::string_view name) = 0;
+    [[nodiscard]] virtual std::string title() = 0;
+
+    /// What the file dialogs offered: each kind of file as "description|pattern", then the default extension.
+    std::vector<std::string> offered;
+
     /// The texts of the message boxes that were answered, without carriage returns.
     std::vector<std::string> boxes;
 
