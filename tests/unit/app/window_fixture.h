@@ -9,20 +9,18 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "app/Main.h"
-#include "fakes/headless_driver.h"
 #include "fakes/manual_clock.h"
 #include "fakes/memory_settings_store.h"
-#include "fakes/qt_driver.h"
 #include "fakes/recording_process.h"
 #include "fakes/scripted_automation.h"
 #include "fakes/scripted_drives.h"
 #include "fakes/temporary_folder.h"
+#include "fakes/toolkits.h"
 #include "infra/Services.h"
 #include "platform/posix/posix_files.h"
 #include "platform/sqlite/sqlite_engine.h"
@@ -39,19 +37,6 @@ class StubbornFiles : public platform::posix::PosixFiles {
     }
     bool prepareFails = false;
 };
-
-struct ToolkitUnderTest {
-    const char* name;
-    WindowDriverMaker makeDriver;
-};
-
-inline std::ostream& operator<<(std::ostream& out, const ToolkitUnderTest& toolkit) {
-    return out << toolkit.name;
-}
-
-inline const ToolkitUnderTest headlessToolkit{
-    "Headless", []() -> std::unique_ptr<WindowDriver> { return std::make_unique<HeadlessDriver>(); }};
-inline const ToolkitUnderTest qtToolkit{"Qt", &makeQtDriver};
 
 class Window : public testing::TestWithParam<ToolkitUnderTest> {
   protected:
@@ -175,7 +160,3 @@ class Window : public testing::TestWithParam<ToolkitUnderTest> {
   private:
     std::size_t logSeen_ = 0;
 };
-
-inline std::string toolkitName(const testing::TestParamInfo<ToolkitUnderTest>& info) {
-    return info.param.name;
-}
