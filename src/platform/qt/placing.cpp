@@ -17,6 +17,9 @@ constexpr double twipsPerInch = 1440;
 constexpr double smallestPoints = 6;
 constexpr double step = 0.25;
 
+/// How close the letters may stand, in percent, before smaller ones are taken.
+constexpr double closest = 92;
+
 bool captionFits(const QWidget& control, const QFontMetrics& metrics) {
     if (const auto* label = qobject_cast<const QLabel*>(&control)) {
         return metrics.horizontalAdvance(label->text()) <= label->width();
@@ -68,9 +71,15 @@ void orderTabs(QWidget& window) {
 
 void fitCaptions(QWidget& window) {
     QFont font = window.font();
-    for (double points = font.pointSizeF(); !captionsFit(window) && points > smallestPoints; points -= step) {
+    for (double points = font.pointSizeF(); points >= smallestPoints; points -= step) {
         font.setPointSizeF(points);
-        window.setFont(font);
+        for (const double spacing : {100.0, 96.0, closest}) {
+            font.setLetterSpacing(QFont::PercentageSpacing, spacing);
+            window.setFont(font);
+            if (captionsFit(window)) {
+                return;
+            }
+        }
     }
 }
 
