@@ -282,7 +282,7 @@ class Library:
                 program = os.path.basename(os.readlink(entry.path + "/exe"))
             except OSError:
                 continue
-            if wanted in environment and state != "Z" and program not in ("tyindexerd", "tyctl"):
+            if wanted in environment and state != "Z" and program not in ("tyindexerd", "tyindexer", "tyctl"):
                 found.append(int(entry.name))
         return found
 
