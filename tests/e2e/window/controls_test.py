@@ -3,7 +3,8 @@
 import pathlib
 
 import window_harness
-from window_harness import CAPTION, INDEXER
+from harness import INDEXER
+from window_harness import CAPTION
 
 NO_LOG = {(INDEXER, "LogFilePath"): "", (INDEXER, "LoggingOn"): 0}
 

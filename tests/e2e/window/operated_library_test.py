@@ -72,8 +72,8 @@ class OperatedLibrary(window_harness.WindowTest):
         window.click("cmdExit")
         self.assert_ends(window.process)
         indexed = dict(self.library.rows(
-            "SELECT saved_location, (SELECT count(*) FROM ascii_sentences WHERE id_document_object = document_object.id "
-            "AND num_sentence > 0) FROM document_object"))
+            "SELECT saved_location, (SELECT count(*) FROM ascii_sentences "
+            "WHERE id_document_object = document_object.id AND num_sentence > 0) FROM document_object"))
         self.assertEqual(indexed, documents)
         self.assert_sound()
 

@@ -1,9 +1,10 @@
-"""A session of the window: stops, minimising, ends, a supervisor, and no display at all; between jobs and within them."""
+"""Sessions of the window: stops, minimising, ends, a supervisor, no display at all; between jobs and within them."""
 
 import signal
 
 import window_harness
-from window_harness import CAPTION, INDEXER, MASTER, SERVICE, stays_false
+from harness import INDEXER, MASTER, SERVICE, stays_false
+from window_harness import CAPTION
 
 TEXT = "The ferry waits for the tide.\n"
 POLL = "UI: Checking file index queue..."

@@ -1,15 +1,13 @@
-"""What the tests of the window share: the program on a desktop of its own, its controls, and a job that lasts as long as
-a test wants.
+"""What the tests of the window share: the program on a desktop of its own, its controls, and a job that lasts as long
+as a test wants.
 """
 
 import concurrent.futures
-import os
 import pathlib
 import select
 import socket
 import subprocess
 import sys
-import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "service"))
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
@@ -17,7 +15,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 import accessible  # noqa: E402
 import desktop as desktops  # noqa: E402
 import harness  # noqa: E402
-from harness import DATA_TYPES, DEADLINE, INDEXER, MASTER, SERVICE, stays_false, wait_until  # noqa: E402
+from harness import DATA_TYPES, DEADLINE, INDEXER, wait_until  # noqa: E402
 
 CAPTION = "orlentbar indexer"
 
@@ -71,8 +69,8 @@ def answer(method, params):
 
 for line in sys.stdin:
     request = json.loads(line)
-    print(json.dumps({{"jsonrpc": "2.0", "id": request["id"], **answer(request["method"], request.get("params", {{}}))}}),
-          flush=True)
+    reply = answer(request["method"], request.get("params", {{}}))
+    print(json.dumps({{"jsonrpc": "2.0", "id": request["id"], **reply}}), flush=True)
 """
 
 
