@@ -77,9 +77,9 @@ class Desktop:
     def start(self, *command, **options):
         with open(self.folder / (pathlib.Path(command[0]).name + ".txt"), "ab") as messages:
             options = {"stdout": messages, "stderr": messages, "env": self.environment} | options
-            # In a session of its own, so that what it has started ends with it.
-            process = subprocess.Popen(command, cwd=self.folder, stdin=subprocess.DEVNULL, start_new_session=True,
-                                       **options)
+            # In a session of its own, so that what it has started ends with it; and it ends when the test is killed.
+            process = subprocess.Popen(("setpriv", "--pdeathsig", "TERM", *command), cwd=self.folder,
+                                       stdin=subprocess.DEVNULL, start_new_session=True, **options)
         self.processes.append(process)
         return process
 
