@@ -11,7 +11,8 @@ FULL = 20
 
 @dataclasses.dataclass
 class Growth:
-    points: list      # a run of the service for each batch, with "times": how often the library held it before
+    points: list      # a run of the service for each batch, with "times": how often the library held it before, and what
+                      # look-ups take after it
     stages: dict      # the stages of one more batch, in an empty and in the grown library
 
 
@@ -26,7 +27,7 @@ def measure_growth(batch, with_stages, note):
     points = []
     for times in range(FULL + 1):
         moved = batch.moved(f"grown{times}")
-        run = {"times": times, "library_bytes": service.size(), **service.index(moved)}
+        run = {"times": times, "library_bytes": service.size(), **service.index(moved), "look_ups": service.look_ups()}
         points.append(run)
         moved.remove()
         note(f"  holds {times}x ({megabytes(run['library_bytes'])} MB): {1000 * cost(run, 'working_seconds'):.2f} ms a "

@@ -7,7 +7,9 @@ import shutil
 import sqlite3
 import subprocess
 import sys
+import time
 
+from figures import median_and_spread
 from watch import Watch
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -62,6 +64,21 @@ class Service:
     def documents(self):
         with contextlib.closing(sqlite3.connect(self.library)) as database:
             return database.execute("SELECT count(*) FROM document_object").fetchone()[0]
+
+    def look_ups(self, count=25):
+        """Seconds that another program waits for the hits of a word and for the rows of a document, in the middle of
+        many, each asked once before so that its pages are at hand."""
+        with contextlib.closing(sqlite3.connect(self.library)) as database:
+            def times(table, column):
+                most, = database.execute(f"SELECT max(id) FROM {table}").fetchone()
+                taken = []
+                for key in [1 + number * (most - 1) // count for number in range(count)] * 2:
+                    start = time.perf_counter()
+                    database.execute(f"SELECT total(hit_count) FROM word_index WHERE {column} = ?", [key]).fetchone()
+                    taken.append(time.perf_counter() - start)
+                return median_and_spread(taken[count:])
+            return {"word": times("root_word", "id_root_word"),
+                    "document": times("document_object", "id_document_object")}
 
     def stages(self, corpus):
         """Indexes a corpus with the stages program."""

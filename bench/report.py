@@ -91,11 +91,12 @@ def runs_table(result):
 def growth_table(result):
     points = result["growth"]
     head = ["the library holds", "library, MB", "ms/document", "of the empty one's", "processor, ms/document",
-            "of the empty one's", "MB written", "peak memory, MB"]
+            "of the empty one's", "MB written", "peak memory, MB", "then look-up of a word, ms", "of a document, ms"]
     rows = [[f"{point['times']}x" if point["times"] else "nothing", f"{point['library_bytes'] / 1e6:.0f}",
              f"{1000 * cost(point, 'working_seconds'):.2f}", f"{factor['wall']:.2f}",
              f"{1000 * cost(point, 'processor_seconds'):.2f}", f"{factor['processor']:.2f}",
-             megabytes(point["bytes_written"]), megabytes(point["peak_bytes"])]
+             megabytes(point["bytes_written"]), megabytes(point["peak_bytes"]),
+             *(f"{1000 * point['look_ups'][kind]['median']:.2f}" for kind in ("word", "document"))]
             for point, factor in zip(points, growth(points)) if point["times"] in (0, 1, 5, 20)]
     return head, rows
 
