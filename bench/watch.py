@@ -46,7 +46,7 @@ class Watch:
             self.peak = max(self.peak, peak_of(process.pid))
             for child in children_of(process.pid):
                 self.child_peaks[child] = max(peak_of(child), self.child_peaks.get(child, 0))
-            time.sleep(0.002 if log is not None and self.first_document is None else 0.02)
+            time.sleep(0.002 if log is not None and self.first_document is None else 0.05)
         end = time.perf_counter()
         # The process is gone but not yet collected: its counters can still be read.
         written = read_proc(process.pid, "io")
