@@ -161,8 +161,8 @@ class Session(window_harness.WindowTest):
     def test_the_service_ends_after_one_document_more_than_the_limit(self):
         paths = [self.library.write(f"{number}.txt", TEXT) for number in range(3)]
         self.library.queue(*paths)
-        window = self.open_window("--poll-interval", "0.01", settings={(INDEXER, "MaxDocsBeforeRestart"): 1})
-        self.assert_ends(window.process)
+        self.library.set({(INDEXER, "MaxDocsBeforeRestart"): 1})
+        self.assert_ends(self.launch("--poll-interval", "0.01"))
         self.assertEqual([path for path, _ in self.library.queued()], [paths[2]])
 
     def test_a_library_that_cannot_be_opened_is_told_and_ends_the_program(self):
