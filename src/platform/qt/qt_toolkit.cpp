@@ -4,6 +4,7 @@
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
@@ -20,6 +21,9 @@ namespace {
 
 /// How long events that keep coming may keep a job from its work.
 constexpr int longestInterruption = 50;
+
+/// The rest is for the frame that the window manager draws.
+constexpr double mostOfTheScreen = 0.9;
 
 /// "All files" has another pattern where files need no extension.
 QString nameFilter(const FileFilter& filter) {
@@ -107,6 +111,8 @@ std::optional<std::string> QtToolkit::saveFileDialog(std::span<const FileFilter>
     }
     dialog.setNameFilters(kinds);
     dialog.setDefaultSuffix(toQt(defaultExtension.substr(defaultExtension.starts_with('.') ? 1 : 0)));
+    // A small screen of large letters has less room than the dialog likes to take.
+    dialog.resize(dialog.sizeHint().boundedTo(form().widget().screen()->availableSize() * mostOfTheScreen));
     if (!ask(dialog) || dialog.selectedFiles().isEmpty()) {
         return std::nullopt;
     }

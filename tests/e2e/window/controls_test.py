@@ -4,7 +4,7 @@ import pathlib
 
 import window_harness
 from harness import INDEXER
-from window_harness import CAPTION
+from window_harness import CAPTION, desktops
 
 NO_LOG = {(INDEXER, "LogFilePath"): "", (INDEXER, "LoggingOn"): 0}
 
@@ -118,6 +118,18 @@ class Controls(window_harness.WindowTest):
                  for box in control.descendants() if box.role() == "list"
                  for name in [line.name() for line in box.children()] if "Files" in name]
         self.assertEqual(kinds, ["Log Files (*.log)", "All Files (*.*)"])
+
+    def test_the_dialog_fits_on_a_small_screen_of_large_letters(self):
+        screen = (800, 600)
+        self.desktop = desktops.Desktop(self.folder / "small", screen, environment={"QT_SCALE_FACTOR": "2"})
+        self.addCleanup(self.desktop.close)
+        window = self.open_without_log()
+        window.click("btnBrowse")
+        window.wait_for_dialog("text", "File name:")
+        left, top, width, height = self.desktop.geometry(self.desktop.windows("Save As")[0])
+        self.assertGreaterEqual(min(left, top), 0)
+        self.assertLessEqual(left + width, screen[0])
+        self.assertLessEqual(top + height, screen[1])
 
     def test_a_cancelled_dialog_changes_nothing(self):
         window = self.open_window()
