@@ -1,6 +1,6 @@
 // A HashIndex finds the numbers of items by the hashes of their keys; the items themselves lie elsewhere.
-// The collection of the items owns it. A look-up reads one or two neighbouring slots of 8 bytes each, and only
-// an item whose hash agrees in 32 bits is looked at.
+// The collection of the items owns it. A look-up reads one or two neighbouring slots of 8 bytes each, and
+// only an item whose hash agrees in 32 bits is looked at.
 #pragma once
 
 #include <cstddef>

@@ -114,8 +114,9 @@ void Indexer::indexSentence(std::string_view text, std::int32_t /*idDocumentObje
         }
         const WordKey key{section, word, base::hashIgnoringCase(word)};
         if (!caches_.isNoise(key)) {
-            infra::retryFailing(services_, "Error in indexSentence: ",
-                                [&] { recordKey(key, compType, typeText, sentence, database); });
+            infra::retryFailing(services_, "Error in indexSentence: ", [&] {
+                recordKey(key, compType, typeText, sentence, database);
+            });
         }
     }
 }

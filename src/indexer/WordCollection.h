@@ -1,6 +1,6 @@
-// A WordCollection counts the words of the document being indexed, one entry for each word key, in the order in
-// which the keys were first met. The Indexer owns the one of the process. Finding and adding cost no allocation
-// once a document of the same size has been through.
+// A WordCollection counts the words of the document being indexed, one entry for each word key, in the order
+// in which the keys were first met. The Indexer owns the one of the process. Finding and adding cost no
+// allocation once a document of the same size has been through.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@
 
 namespace indexer {
 
-/// A word key in its parts: "key_", component type, "_", word type text, "_", word. The first three come from a
-/// handful of sections, and the word's hash serves other collections as well, so the text of the key is put
+/// A word key in its parts: "key_", component type, "_", word type text, "_", word. The first three come from
+/// a handful of sections, and the word's hash serves other collections as well, so the text of the key is put
 /// together only for those who ask for it. The word holds no "_": that ends one at every separator.
 struct WordKey {
     std::uint32_t section = 0;
