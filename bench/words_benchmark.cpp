@@ -177,6 +177,7 @@ void settings(benchmark::State& state) {
     platform::posix::PosixFiles files;
     infra::tysRegistry registry(store, files, [](const std::string&, infra::LogLevel) {});
     constexpr auto root = platform::RootKey::currentUser;
+    registry.SaveSettingString(root, infra::indexerKey, "LastTouch", "16 Nov 2026 01:47:03");
     std::int32_t number = 0;
     for (auto _ : state) {
         if (state.range(0) == 0) {
