@@ -14,8 +14,9 @@ namespace {
 
 /// Tables that any statement may read from end to end: an operator's few rows, whatever the library holds.
 /// A table that is kept short by other means, whatever the library holds, belongs here too.
-constexpr std::array<std::string_view, 4> tablesOfBoundedSize = {"search_weight", "word_noise", "prv_rules",
-                                                                 "prv_rules_annotation"};
+constexpr std::array<std::string_view, 5> tablesOfBoundedSize = {
+    "search_weight", "word_noise", "prv_rules", "prv_rules_annotation",
+    "word_purge"};  // one row: how far the words without rows are known
 
 /// The load of the caches at the start reads every word once.
 constexpr std::array<AllowedScan, 2> allowedScans = {

@@ -117,13 +117,14 @@ TEST_F(JobPlans, EveryIndexThatAJobUsesIsMissedWhenItIsGone) {
     }
     std::size_t dropped = 0;
     for (const std::string& index : used) {
-        const std::string text = plans.textOfIndex(index);
-        if (text.empty() || !plans.isOfGrowingTable(index)) {
+        if (plans.textOfIndex(index).empty() || !plans.isOfGrowingTable(index)) {
             continue;
         }
+        // Rolled back rather than made again: what the library knows about the index goes with it.
+        plans.exec("BEGIN");
         plans.exec("DROP INDEX " + index);
         EXPECT_THAT(refused(plans), Not(IsEmpty())) << index;
-        plans.exec(text);
+        plans.exec("ROLLBACK");
         ++dropped;
     }
     EXPECT_GE(dropped, 8U);
