@@ -2,6 +2,7 @@
 // whose shape is known already.
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
@@ -168,6 +169,30 @@ void indexSentence(benchmark::State& state) {
     state.SetLabel("words");
 }
 BENCHMARK(indexSentence);
+
+/// What is kept of the settings beside a document: reads and writes of values that mostly do not change.
+void settings(benchmark::State& state) {
+    const Folder folder;
+    platform::posix::SettingsFile store(folder.settings());
+    platform::posix::PosixFiles files;
+    infra::tysRegistry registry(store, files, [](const std::string&, infra::LogLevel) {});
+    constexpr auto root = platform::RootKey::currentUser;
+    registry.SaveSettingString(root, infra::indexerKey, "LastTouch", "16 Nov 2026 01:47:03");
+    std::int32_t number = 0;
+    for (auto _ : state) {
+        if (state.range(0) == 0) {
+            benchmark::DoNotOptimize(registry.GetSettingString(root, infra::indexerKey, "LastTouch"));
+        } else if (state.range(0) == 1) {
+            registry.SaveSettingString(root, infra::indexerKey, "LastTouch", "16 Nov 2026 01:47:03");
+        } else {
+            registry.SaveSettingLong(root, infra::indexerKey, "IndexingQueueNumber", ++number);
+        }
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
+    constexpr std::array labels = {"reads", "writes of what is there", "writes of what is new"};
+    state.SetLabel(labels.at(static_cast<std::size_t>(state.range(0))));
+}
+BENCHMARK(settings)->DenseRange(0, 2);
 
 std::string wordStatement(std::int64_t number) {
     return "INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "

@@ -1,15 +1,18 @@
 // A KeyedCollection keeps values in the order in which they came, each under a text key without regard to
-// letter case. The indexer, whose caches have this shape, owns them. Access by key costs one hash look-up and
-// no allocation.
+// letter case. The indexer, whose caches have this shape, owns them. The keys lie one behind the other in one
+// piece of memory: a word of a large dictionary takes its letters and some 30 bytes. Access by key costs one
+// hash look-up and no allocation.
 #pragma once
 
 #include <cstddef>
-#include <deque>
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
+#include <vector>
 
+#include "base/hash_index.h"
 #include "base/runtime_error.h"
 #include "base/text.h"
 
@@ -18,82 +21,88 @@ namespace base {
 template <class Value>
 class KeyedCollection {
   public:
-    KeyedCollection() : index_(0, Hash{&items_, &removed_}, Equal{&items_, &removed_}) {}
+    KeyedCollection() = default;
     KeyedCollection(const KeyedCollection&) = delete;
     KeyedCollection& operator=(const KeyedCollection&) = delete;
 
     /// Appends a value. Raises error 457 when the key is present; the collection is then unchanged.
-    void add(Value value, std::string_view key) {
-        if (find(key) != nullptr) {
+    void add(Value value, std::string_view key) { add(std::move(value), key, hashIgnoringCase(key)); }
+
+    /// The value under the key, or null. It stays where it is until the next value is added.
+    [[nodiscard]] Value* find(std::string_view key) { return find(key, hashIgnoringCase(key)); }
+
+    /// The same for a key whose hashIgnoringCase is known.
+    void add(Value value, std::string_view key, std::uint64_t hash) {
+        if (find(key, hash) != nullptr) {
             throw RuntimeError(ErrorNumber::keyInUse,
                                "This key is already associated with an element of this collection");
         }
-        items_.push_back({std::string(key), std::move(value)});
-        index_.insert(removed_ + items_.size() - 1);
+        if (key.size() > std::numeric_limits<std::uint32_t>::max() - keys_.size() ||
+            items_.size() >= HashIndex::none) {
+            throw RuntimeError(ErrorNumber::overflow, "Overflow");
+        }
+        items_.reserve(roomFor(items_));
+        keys_.append(key);
+        index_.insert(hash, static_cast<std::uint32_t>(items_.size()));
+        items_.push_back({std::move(value), static_cast<std::uint32_t>(keys_.size())});
+    }
+    [[nodiscard]] Value* find(std::string_view key, std::uint64_t hash) {
+        const std::uint32_t number = index_.find(
+            hash, [&](std::uint32_t candidate) { return equalsIgnoringCase(key, keyOf(candidate)); });
+        return number == HashIndex::none ? nullptr : &items_[number].value;
     }
 
-    /// The value under the key, or null.
-    [[nodiscard]] Value* find(std::string_view key) {
-        const auto found = index_.find(key);
-        return found == index_.end() ? nullptr : &items_[*found - removed_].second;
-    }
+    /// The key and the value at a position from 1 to count(). Raises "Subscript out of range" elsewhere. The
+    /// key stays where it is until the next value is added.
+    [[nodiscard]] std::string_view keyAt(std::size_t position) const { return keyOf(numberAt(position)); }
+    [[nodiscard]] const Value& at(std::size_t position) const { return items_[numberAt(position)].value; }
 
-    /// The key and the value at a position from 1 to count(). Raises "Subscript out of range" elsewhere.
-    [[nodiscard]] const std::string& keyAt(std::size_t position) const { return item(position).first; }
-    [[nodiscard]] const Value& at(std::size_t position) const { return item(position).second; }
+    [[nodiscard]] std::size_t count() const { return items_.size() - removed_; }
 
-    [[nodiscard]] std::size_t count() const { return items_.size(); }
-
-    /// Removes the value that came first. Raises "Subscript out of range" when there is none.
+    /// Removes the value that came first. Raises "Subscript out of range" when there is none. Its memory is
+    /// given back with the last value's.
     void removeFirst() {
-        static_cast<void>(item(1));
-        index_.erase(removed_);
-        items_.pop_front();
+        const std::size_t first = numberAt(1);
+        index_.erase(hashIgnoringCase(keyOf(first)), static_cast<std::uint32_t>(first));
         ++removed_;
+        if (count() == 0) {
+            clear();
+        }
     }
 
     void clear() {
         index_.clear();
         items_.clear();
+        keys_.clear();
         removed_ = 0;
     }
 
   private:
-    using Item = std::pair<std::string, Value>;
-    using Items = std::deque<Item>;
+    struct Item {
+        Value value;
+        std::uint32_t keyEnd;  // in keys_; it begins where the one before ends
+    };
 
-    [[nodiscard]] const Item& item(std::size_t position) const {
-        if (position < 1 || position > items_.size()) {
-            throw RuntimeError(ErrorNumber::subscriptOutOfRange, "Subscript out of range");
-        }
-        return items_[position - 1];
+    static std::size_t roomFor(const std::vector<Item>& items) {
+        return items.size() < items.capacity() ? items.capacity() : items.size() * 2 + 1;
     }
 
-    // The index holds running numbers: how many values came before. They stay true while first ones are
-    // removed.
-    struct Hash {
-        using is_transparent = void;
-        const Items* items;
-        const std::size_t* removed;
-        std::size_t operator()(std::string_view key) const { return hashIgnoringCase(key); }
-        std::size_t operator()(std::size_t number) const {
-            return (*this)((*items)[number - *removed].first);
-        }
-    };
-    struct Equal {
-        using is_transparent = void;
-        const Items* items;
-        const std::size_t* removed;
-        bool operator()(std::size_t left, std::size_t right) const { return left == right; }
-        bool operator()(std::string_view key, std::size_t number) const {
-            return equalsIgnoringCase(key, (*items)[number - *removed].first);
-        }
-        bool operator()(std::size_t number, std::string_view key) const { return (*this)(key, number); }
-    };
+    [[nodiscard]] std::string_view keyOf(std::size_t number) const {
+        const std::size_t begin = number == 0 ? 0 : items_[number - 1].keyEnd;
+        return std::string_view(keys_).substr(begin, items_[number].keyEnd - begin);
+    }
 
-    Items items_;
+    [[nodiscard]] std::size_t numberAt(std::size_t position) const {
+        if (position < 1 || position > count()) {
+            throw RuntimeError(ErrorNumber::subscriptOutOfRange, "Subscript out of range");
+        }
+        return removed_ + position - 1;
+    }
+
+    std::vector<Item> items_;  // the removed ones of the beginning included
+    std::string keys_;
+    HashIndex index_;  // of positions in items_
     std::size_t removed_ = 0;
-    std::unordered_set<std::size_t, Hash, Equal> index_;
 };
 
 }  // namespace base

@@ -1,6 +1,6 @@
 #include "base/text.h"
 
-#include <algorithm>
+#include <cstring>
 
 #include "base/case_tables.h"
 
@@ -14,9 +14,67 @@ bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
+// Eight bytes at a time: texts are mostly ASCII, and this question is asked of every sentence.
+constexpr std::size_t chunkSize = sizeof(std::uint64_t);
+constexpr std::uint64_t highBits = 0x8080808080808080ULL;
+
+std::uint64_t chunkAt(const char* data) {
+    std::uint64_t chunk = 0;
+    std::memcpy(&chunk, data, chunkSize);
+    return chunk;
+}
+
+/// The last bytes of a text, fewer than a chunk of them.
+std::uint64_t partChunkAt(const char* data, std::size_t size) {
+    if (size >= 4) {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
+        std::memcpy(&first, data, 4);
+        std::memcpy(&last, data + size - 4, 4);
+        return first | std::uint64_t{last} << 32U;
+    }
+    const auto byte = [data](std::size_t i) { return std::uint64_t{static_cast<unsigned char>(data[i])}; };
+    return size == 0 ? 0 : byte(0) | byte(size / 2) << 8U | byte(size - 1) << 16U;
+}
+
 bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+    std::uint64_t bits = 0;
+    std::size_t i = 0;
+    for (; i + chunkSize <= text.size(); i += chunkSize) {
+        bits |= chunkAt(text.data() + i);
+    }
+    return ((bits | partChunkAt(text.data() + i, text.size() - i)) & highBits) == 0;
+}
+
+/// The ASCII letters of a chunk in lower case. No byte carries into the next one, for none has its high bit.
+std::uint64_t lowerChunk(std::uint64_t chunk) {
+    constexpr std::uint64_t ones = 0x0101010101010101ULL;
+    const std::uint64_t fromA = chunk + (0x80 - 'A') * ones;
+    const std::uint64_t pastZ = chunk + (0x80 - 'Z' - 1) * ones;
+    return chunk | ((fromA & ~pastZ & highBits) >> 2U);
+}
+
+std::uint64_t mixed(std::uint64_t hash, std::uint64_t chunk) {
+    hash = (hash ^ chunk) * 0x9E3779B97F4A7C15ULL;
+    return hash ^ hash >> 32U;
+}
+
+/// Hash of a text without upper-case letters beyond ASCII. False in `isPlain` when the text has others than
+/// ASCII characters at all.
+std::uint64_t hashOfFolded(std::string_view text, bool& isPlain) {
+    std::uint64_t hash = text.size();
+    std::uint64_t bits = 0;
+    std::size_t i = 0;
+    for (; i + chunkSize <= text.size(); i += chunkSize) {
+        const std::uint64_t chunk = chunkAt(text.data() + i);
+        bits |= chunk;
+        hash = mixed(hash, lowerChunk(chunk & ~highBits) | (chunk & highBits));
+    }
+    const std::uint64_t chunk = partChunkAt(text.data() + i, text.size() - i);
+    bits |= chunk;
+    hash = mixed(hash, lowerChunk(chunk & ~highBits) | (chunk & highBits));
+    isPlain = (bits & highBits) == 0;
+    return hash * 0xD6E8FEB86659FD93ULL;
 }
 
 /// Bytes that the sequence at `position` takes: 1 for ASCII and for every byte outside a valid sequence.
@@ -187,20 +245,11 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right) {
     return l == left.size() && r == right.size();
 }
 
-std::size_t hashIgnoringCase(std::string_view text) {
-    std::uint64_t hash = 14695981039346656037ULL;
-    const auto mix = [&hash](std::uint64_t value) { hash = (hash ^ value) * 1099511628211ULL; };
-    for (std::size_t i = 0; i < text.size();) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte < 0x80) {
-            mix(foldCodePoint(byte));
-            ++i;
-        } else {
-            mix(foldCodePoint(codePointAt(text, i, i)));
-        }
-    }
-    // The multiplication leaves the low bits poor; hash tables take them first.
-    return static_cast<std::size_t>(hash ^ (hash >> 32U));
+std::uint64_t hashIgnoringCase(std::string_view text) {
+    bool isPlain = false;
+    const std::uint64_t hash = hashOfFolded(text, isPlain);
+    // Some characters beyond ASCII fold to an ASCII letter, and forms differ in length.
+    return isPlain ? hash : hashOfFolded(fold(text), isPlain);
 }
 
 }  // namespace base

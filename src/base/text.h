@@ -42,8 +42,9 @@ std::string toUpper(std::string_view text);
 /// True when both texts are the same but for letter case (Unicode simple case folding).
 bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
-/// Hash of a text that is the same for all texts that equalsIgnoringCase calls equal.
-std::size_t hashIgnoringCase(std::string_view text);
+/// Hash of a text that is the same for all texts that equalsIgnoringCase calls equal. All its bits are well
+/// mixed, the upper ones best. ASCII text costs no allocation.
+std::uint64_t hashIgnoringCase(std::string_view text);
 
 /// The folded form: equalsIgnoringCase(a, b) exactly when fold(a) == fold(b).
 std::string fold(std::string_view text);

@@ -7,11 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "base/keyed_collection.h"
 #include "indexer/DocumentJob.h"
 #include "indexer/SentenceEntry.h"
 #include "indexer/WordCaches.h"
-#include "indexer/WordIndexEntry.h"
+#include "indexer/WordCollection.h"
 #include "infra/Services.h"
 #include "infra/tysDataBase.h"
 
@@ -43,13 +42,13 @@ class Indexer {
     /// Forgets words and sentences that an earlier document may have left behind.
     void ForgetPending();
 
-    /// Counts one occurrence of a word.
+    /// Counts one occurrence of a word, which is a normalised one: without "_".
     void RecordWord(std::string_view word, std::int16_t compType, std::string_view typeText,
                     SentenceEntry& sentence, infra::tysDataBase& database);
 
     /// Makes the entry of a key that is new in this document.
     void AddWord(std::string_view word, std::int16_t compType, std::string_view typeText,
-                 SentenceEntry& sentence, std::string_view key, infra::tysDataBase& database);
+                 SentenceEntry& sentence, const WordKey& key, infra::tysDataBase& database);
 
     /// Indexes one sentence. `idDocumentObject` is accepted for the callers' sake and not used. Only a
     /// sentence that is kept can be stored.
@@ -64,7 +63,7 @@ class Indexer {
     /// and rises; the sentences are then kept.
     void CommitSentences(std::int32_t idDocumentObject, infra::tysDataBase& database);
 
-    [[nodiscard]] const base::KeyedCollection<WordIndexEntry>& pendingWords() const { return words_; }
+    [[nodiscard]] const WordCollection& pendingWords() const { return words_; }
     [[nodiscard]] const std::deque<SentenceEntry>& pendingSentences() const { return sentences_; }
     [[nodiscard]] infra::Services& services() const { return services_; }
 
@@ -72,16 +71,17 @@ class Indexer {
     void carryOut(std::int32_t queueId, infra::tysDataBase& database);
     std::string otherPathForm(const std::string& path);
     void countForCompaction();
-    std::int32_t addRootWord(std::string_view word, infra::tysDataBase& database);
+    void recordKey(const WordKey& key, std::int16_t compType, std::string_view typeText,
+                   SentenceEntry& sentence, infra::tysDataBase& database);
+    std::int32_t addRootWord(const WordKey& key, infra::tysDataBase& database);
     void insertWord(const std::string& statement, const WordIndexEntry& entry, infra::tysDataBase& database);
 
     infra::Services& services_;
     WordCaches caches_;
     bool cachesLoaded_ = false;
-    base::KeyedCollection<WordIndexEntry> words_;  // by word key, of the document being indexed
-    std::deque<SentenceEntry> sentences_;          // of the document being indexed
-    std::string normalised_;                       // reused from sentence to sentence
-    std::string key_;                              // reused from word to word
+    WordCollection words_;                 // of the document being indexed
+    std::deque<SentenceEntry> sentences_;  // of the document being indexed
+    std::string normalised_;               // reused from sentence to sentence
 };
 
 }  // namespace indexer

@@ -41,8 +41,8 @@ void Indexer::insertWord(const std::string& statement, const WordIndexEntry& ent
             // failed.
             const auto position = static_cast<std::size_t>(entry.idRootWord);
             const bool exists = entry.idRootWord >= 1 && position <= caches_.rootWords().count();
-            services_.support.WriteLog(std::string("Error in commitWords: ") + error.what() +
-                                           " on word: " + (exists ? caches_.rootWords().keyAt(position) : ""),
+            services_.support.WriteLog(std::string("Error in commitWords: ") + error.what() + " on word: " +
+                                           std::string(exists ? caches_.rootWords().keyAt(position) : ""),
                                        LogLevel::errorReport);
         }
         services_.support.WriteLog("Indexer.CommitWords - Resynchronising Caches", LogLevel::interest);

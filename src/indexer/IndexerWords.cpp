@@ -16,17 +16,6 @@ namespace {
 
 constexpr std::int16_t mostHits = std::numeric_limits<std::int16_t>::max();
 
-/// "key_", component, word type and word: the type's text is part of it, so that the empty type and "normal"
-/// are counted apart although both are the same numeric type.
-void makeWordKey(std::string& key, std::int16_t compType, std::string_view typeText, std::string_view word) {
-    key.assign("key_");
-    key.append(std::to_string(compType));
-    key.push_back('_');
-    key.append(typeText);
-    key.push_back('_');
-    key.append(word);
-}
-
 }  // namespace
 
 void Indexer::LoadCaches(infra::tysDataBase& database) {
@@ -54,21 +43,26 @@ void Indexer::ForgetPending() {
 
 void Indexer::RecordWord(std::string_view word, std::int16_t compType, std::string_view typeText,
                          SentenceEntry& sentence, infra::tysDataBase& database) {
-    makeWordKey(key_, compType, typeText, word);
-    WordIndexEntry* entry = words_.find(key_);
+    const WordKey key{words_.sectionOf(compType, typeText), word, base::hashIgnoringCase(word)};
+    recordKey(key, compType, typeText, sentence, database);
+}
+
+void Indexer::recordKey(const WordKey& key, std::int16_t compType, std::string_view typeText,
+                        SentenceEntry& sentence, infra::tysDataBase& database) {
+    WordIndexEntry* entry = words_.find(key);
     if (entry != nullptr && entry->hitCount < mostHits) {
         ++entry->hitCount;
         return;
     }
     // A count that is full goes the same way as a new word: its key is refused there, which leaves a line in
     // the log for every further occurrence.
-    AddWord(word, compType, typeText, sentence, key_, database);
+    AddWord(key.word, compType, typeText, sentence, key, database);
 }
 
 void Indexer::AddWord(std::string_view word, std::int16_t compType, std::string_view typeText,
-                      SentenceEntry& sentence, std::string_view key, infra::tysDataBase& database) {
-    const std::int32_t* known = caches_.rootWords().find(word);
-    const std::int32_t idRootWord = known != nullptr ? *known : addRootWord(word, database);
+                      SentenceEntry& sentence, const WordKey& key, infra::tysDataBase& database) {
+    const std::int32_t* known = caches_.rootWords().find(word, key.wordHash);
+    const std::int32_t idRootWord = known != nullptr ? *known : addRootWord(key, database);
     try {
         const auto type = caches_.typeOf(compType, typeText);
         if (!type) {
@@ -87,19 +81,19 @@ void Indexer::AddWord(std::string_view word, std::int16_t compType, std::string_
     }
 }
 
-std::int32_t Indexer::addRootWord(std::string_view word, infra::tysDataBase& database) {
-    const std::string label = "Error adding root word: " + std::string(word) + ". ";
+std::int32_t Indexer::addRootWord(const WordKey& key, infra::tysDataBase& database) {
+    const std::string word(key.word);
+    const std::string label = "Error adding root word: " + word + ". ";
     infra::retryFailing(services_, label, [&] {
         // Normalised words carry no apostrophe, so the word goes in as it is.
-        database.getConnection()->execute("INSERT INTO root_word ( word ) VALUES( '" + std::string(word) +
-                                          "')");
+        database.getConnection()->execute("INSERT INTO root_word ( word ) VALUES( '" + word + "')");
     });
     const std::int32_t id = infra::retryFailing(services_, label, [&] {
         const auto row = database.openRecordset("SELECT @@IDENTITY AS id_root_word FROM root_word",
                                                 platform::CursorType::fixed, platform::LockType::optimistic);
         return row->field("id_root_word").toInt32();
     });
-    infra::retryFailing(services_, label, [&] { caches_.rootWords().add(id, word); });
+    infra::retryFailing(services_, label, [&] { caches_.rootWords().add(id, word, key.wordHash); });
     return id;
 }
 
@@ -109,14 +103,19 @@ void Indexer::indexSentence(std::string_view text, std::int32_t /*idDocumentObje
     SentenceEntry unkept{.index = sentenceNumber, .text = database.sanitise(text), .referenced = false};
     SentenceEntry& sentence = keepSentence ? sentences_.emplace_back(std::move(unkept)) : unkept;
     infra::retryFailing(services_, "Error in indexSentence: ", [&] { NormaliseText(text, normalised_); });
+    const std::uint32_t section = words_.sectionOf(compType, typeText);
     for (std::size_t start = 0; start < normalised_.size();) {
         const std::size_t end = std::min(normalised_.find(' ', start), normalised_.size());
         // Normalised words hold neither blanks nor quotes: there is nothing left to trim or to double.
         const std::string_view word = std::string_view(normalised_).substr(start, end - start);
         start = end + 1;
-        if (word.size() > 1 && !caches_.isNoise(word)) {
+        if (word.size() <= 1) {
+            continue;
+        }
+        const WordKey key{section, word, base::hashIgnoringCase(word)};
+        if (!caches_.isNoise(key)) {
             infra::retryFailing(services_, "Error in indexSentence: ", [&] {
-                RecordWord(word, compType, typeText, sentence, database);
+                recordKey(key, compType, typeText, sentence, database);
             });
         }
     }

@@ -1,5 +1,9 @@
 #include "indexer/WordCaches.h"
 
+#include <array>
+#include <span>
+#include <variant>
+
 #include "base/text.h"
 #include "indexer/WordIndexEntry.h"
 
@@ -39,9 +43,14 @@ void WordCaches::loadSearchWeights(infra::tysDataBase& database) {
 void WordCaches::loadRootWords(infra::tysDataBase& database) {
     const auto rows =
         database.openRecordset("SELECT id, word FROM root_word", CursorType::forwardOnly, LockType::readOnly);
-    for (; !rows->eof(); rows->moveNext()) {
-        rootWords_.add(rows->field("id").toInt32(), rows->field("word").toText());
-    }
+    constexpr std::array<std::string_view, 2> columns = {"id", "word"};
+    rows->forEachRow(columns, [this](std::span<const base::Variant> fields) {
+        if (const auto* word = std::get_if<std::string>(&fields[1].value())) {
+            rootWords_.add(fields[0].toInt32(), *word);  // without a copy: there may be a million
+        } else {
+            rootWords_.add(fields[0].toInt32(), fields[1].toText());
+        }
+    });
     rows->close();
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/keyed_collection.h"
+#include "indexer/WordCollection.h"
 #include "infra/tysDataBase.h"
 
 namespace indexer {
@@ -23,7 +24,9 @@ class WordCaches {
     /// else nothing. An empty name and "normal" mean the same in body text.
     std::optional<std::int16_t> typeOf(std::int16_t compType, std::string_view typeText);
 
-    [[nodiscard]] bool isNoise(std::string_view word) { return noiseWords_.find(word) != nullptr; }
+    [[nodiscard]] bool isNoise(const WordKey& key) {
+        return noiseWords_.find(key.word, key.wordHash) != nullptr;
+    }
 
     /// By word without regard to case; their order is that of loading and adding.
     base::KeyedCollection<std::int32_t>& rootWords() { return rootWords_; }

@@ -75,7 +75,7 @@ std::unique_ptr<platform::Recordset> tysDataBase::openRecordset(std::string_view
 }
 
 std::string tysDataBase::sanitise(std::string_view s) const {
-    return s.empty() ? std::string() : sanitiseToLength(s, base::length(s));
+    return base::replaceAll(s, "'", "''");  // what is not cut need not be measured
 }
 
 std::string tysDataBase::sanitiseToLength(std::string_view s, std::size_t length) const {

@@ -3,9 +3,13 @@
 // translates inside. Every operation raises a base::RuntimeError when it fails.
 #pragma once
 
+#include <algorithm>
+#include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/variant.h"
 
@@ -71,6 +75,21 @@ class Recordset {
 
     /// Raises behind the last row.
     virtual void moveNext() = 0;
+
+    /// Is given the fields of a row. They are lent until it returns; it must not use the recordset.
+    using RowVisitor = std::function<void(std::span<const base::Variant> fields)>;
+
+    /// Visits the row it stands on and all that follow with the fields of these names, which differ, in this
+    /// order, and stands behind the last row then. It does what eof, field and moveNext do; engines whose
+    /// rows are many do it without finding each name in each row anew.
+    virtual void forEachRow(std::span<const std::string_view> names, const RowVisitor& visit) {
+        std::vector<base::Variant> fields(names.size());
+        for (; !eof(); moveNext()) {
+            std::transform(names.begin(), names.end(), fields.begin(),
+                           [this](std::string_view name) { return field(name); });
+            visit(fields);
+        }
+    }
 
     /// Raises when the recordset is not open. A recordset whose connection was closed is no longer open.
     virtual void close() = 0;

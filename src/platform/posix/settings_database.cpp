@@ -119,18 +119,33 @@ SettingsStatus SettingsDatabase::readValue(const std::string& folded, std::strin
     });
 }
 
+bool SettingsDatabase::holds(Connection& connection, const std::string& folded, const std::string& foldedName,
+                             ValueType type, std::string_view data) {
+    SettingsQuery query = connection.query(SettingsStatement::readValue);
+    if (!query.text(folded).text(foldedName).step()) {
+        return false;
+    }
+    const SettingsValue present = valueOf(query);
+    return present.type == type && present.data == data;
+}
+
 SettingsStatus SettingsDatabase::storeValue(const std::string& folded, std::string_view name, ValueType type,
                                             std::string_view data) {
     bool stored = false;
     const SettingsStatus status = run(Purpose::write, [&](Connection& connection) {
         const std::string foldedName = base::fold(name);
+        // Most writes of a running service say what is there already. Seeing that takes no lock from others.
+        if (holds(connection, folded, foldedName, type, data)) {
+            stored = true;
+            return SettingsStatus::success;
+        }
         SettingsQuery query = connection.query(SettingsStatement::storeValue);
         query.text(folded).text(foldedName).text(name).number(static_cast<std::uint32_t>(type));
         query.bytes(data).step();
         stored = connection.changes() > 0;
         return query.status();
     });
-    // Nothing was written: the value was there already, or its key is gone.
+    // Nothing was written: another process has stored the same meanwhile, or the key is gone.
     return status == SettingsStatus::success && !stored ? findKey(folded) : status;
 }
 

@@ -70,6 +70,10 @@ class SettingsDatabase {
     SettingsStatus connect(const FileIdentity& file, Purpose purpose);
     [[nodiscard]] SettingsStatus makeFile() const;
 
+    /// Whether a value is there with this type and data.
+    static bool holds(Connection& connection, const std::string& folded, const std::string& foldedName,
+                      ValueType type, std::string_view data);
+
     std::string path_;
     std::unique_ptr<Connection> connection_;
 };

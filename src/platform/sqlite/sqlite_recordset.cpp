@@ -78,7 +78,7 @@ void SqliteRecordset::takeLiveRow() {
         return;
     }
     columns_ = live_->columns();
-    row_ = live_->row(*columns_);
+    live_->readRow(*columns_, row_);
 }
 
 void SqliteRecordset::settle() {
@@ -88,7 +88,7 @@ void SqliteRecordset::settle() {
     rows_.clear();
     next_ = 0;
     while (live_->step(statement_)) {
-        rows_.push_back(live_->row(*columns_));
+        live_->readRow(*columns_, rows_.emplace_back());
     }
     live_.reset();
 }
@@ -101,9 +101,13 @@ bool SqliteRecordset::eof() {
 base::Variant SqliteRecordset::field(std::string_view name) {
     requireOpen();
     requireRow();
+    return row_[positionOf(name)];
+}
+
+std::size_t SqliteRecordset::positionOf(std::string_view name) const {
     for (std::size_t i = 0; i < columns_->names.size(); ++i) {
         if (base::equalsIgnoringCase(columns_->names[i], name)) {
-            return row_[i];
+            return i;
         }
     }
     throw base::RuntimeError(
@@ -125,6 +129,29 @@ void SqliteRecordset::moveNext() {
         eof_ = true;
         rows_.clear();
         next_ = 0;
+    }
+}
+
+void SqliteRecordset::forEachRow(std::span<const std::string_view> names, const RowVisitor& visit) {
+    std::vector<std::size_t> positions;
+    std::vector<base::Variant> fields(names.size());
+    const ResultColumns* found = nullptr;
+    for (; !eof(); moveNext()) {
+        // The columns are those of the row before, unless another program has changed the table meanwhile.
+        if (columns_.get() != found) {
+            found = columns_.get();
+            positions.clear();
+            for (const std::string_view name : names) {
+                positions.push_back(positionOf(name));
+            }
+        }
+        for (std::size_t i = 0; i < positions.size(); ++i) {
+            std::swap(fields[i], row_[positions[i]]);
+        }
+        visit(fields);
+        for (std::size_t i = 0; i < positions.size(); ++i) {
+            std::swap(fields[i], row_[positions[i]]);
+        }
     }
 }
 

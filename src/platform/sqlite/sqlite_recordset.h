@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,7 @@ class SqliteRecordset : public Recordset {
     [[nodiscard]] bool eof() override;
     [[nodiscard]] base::Variant field(std::string_view name) override;
     void moveNext() override;
+    void forEachRow(std::span<const std::string_view> names, const RowVisitor& visit) override;
     void close() override;
 
     /// Reads the rest of the live rows into memory, so that no old snapshot stands in the way of a write.
@@ -37,6 +39,7 @@ class SqliteRecordset : public Recordset {
   private:
     void requireOpen() const;
     void requireRow() const;
+    [[nodiscard]] std::size_t positionOf(std::string_view name) const;
     void runFixed();
     void runForward();
     void runAgain();

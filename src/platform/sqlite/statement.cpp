@@ -75,6 +75,13 @@ base::Variant byType(base::Variant stored, jet::ColumnType type) {
     return stored;
 }
 
+/// Whether a value as it is stored is already what byType would make of it.
+bool isOfType(const base::Variant& stored, jet::ColumnType type) {
+    using jet::ColumnType;
+    return type == ColumnType::unknown || type == ColumnType::number ||
+           (type == ColumnType::text && std::holds_alternative<std::string>(stored.value()));
+}
+
 }  // namespace
 
 Statement::Statement(Statement&& other) noexcept
@@ -152,12 +159,20 @@ std::shared_ptr<const ResultColumns> Statement::columns() {
 
 Row Statement::row(const ResultColumns& columns) const {
     Row row;
-    row.reserve(columns.types.size());
+    readRow(columns, row);
+    return row;
+}
+
+void Statement::readRow(const ResultColumns& columns, Row& row) const {
+    row.resize(columns.types.size());
     int i = 0;
     for (const jet::ColumnType type : columns.types) {
-        row.push_back(byType(byStorage(prepared_, i++), type));
+        base::Variant& field = row[static_cast<std::size_t>(i)];
+        field = byStorage(prepared_, i++);
+        if (!isOfType(field, type)) {
+            field = byType(std::move(field), type);
+        }
     }
-    return row;
 }
 
 }  // namespace platform::sqlite

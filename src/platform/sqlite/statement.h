@@ -63,6 +63,8 @@ class Statement {
     /// The columns of the row that it stands on, and that row's values by the columns' types.
     [[nodiscard]] std::shared_ptr<const ResultColumns> columns();
     [[nodiscard]] Row row(const ResultColumns& columns) const;
+    /// The same into a row that is used again and again.
+    void readRow(const ResultColumns& columns, Row& row) const;
 
   private:
     void giveBack();

@@ -25,6 +25,30 @@ TEST(Text, FoldsCaseBeyondAscii) {
     EXPECT_EQ(base::toUpper("straße é"), "STRAßE É");
 }
 
+TEST(Text, HashesAlikeWhatIsEqualButForCase) {
+    const std::string letters = "aBcDeFgHiJkLmNoPqRsTuVwXyZ@[`{019_";
+    for (std::size_t size = 0; size <= letters.size(); ++size) {
+        const std::string text = letters.substr(0, size);
+        EXPECT_EQ(base::hashIgnoringCase(text), base::hashIgnoringCase(base::toUpper(text))) << text;
+        EXPECT_NE(base::hashIgnoringCase(text), base::hashIgnoringCase(text + "x")) << text;
+    }
+    EXPECT_NE(base::hashIgnoringCase("@"), base::hashIgnoringCase("`"));
+    EXPECT_NE(base::hashIgnoringCase("["), base::hashIgnoringCase("{"));
+    EXPECT_EQ(base::hashIgnoringCase("\u212Aelvin"), base::hashIgnoringCase("kelvin"));
+    EXPECT_EQ(base::hashIgnoringCase("a\xFFZ"), base::hashIgnoringCase("A\xFFz"));
+}
+
+TEST(Text, TellsAsciiByEveryByte) {
+    for (std::size_t size = 1; size < 20; ++size) {
+        for (std::size_t i = 0; i < size; ++i) {
+            std::string text(size, 'a');
+            EXPECT_EQ(base::length(text), size);
+            text.replace(i, 1, "é");
+            EXPECT_EQ(base::length(text), size) << text;
+        }
+    }
+}
+
 TEST(Text, KeepsStrayBytesThroughCaseChanges) {
     EXPECT_EQ(base::toLower("A\xFF\xC3Z"), "a\xFF\xC3z");
 }

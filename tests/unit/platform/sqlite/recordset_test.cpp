@@ -1,3 +1,6 @@
+#include <array>
+#include <span>
+
 #include "unit/platform/sqlite/library_fixture.h"
 
 namespace {
@@ -152,6 +155,31 @@ TEST_F(RecordsetTest, ASecondRunThatFailsLeavesNoHalfRow) {
     std::filesystem::remove(path());
     EXPECT_FALSE(errorOf([&] { rows->moveNext(); }).empty());
     EXPECT_NE(errorOf([&] { rows->field("word"); }).find("No current record"), std::string::npos);
+}
+
+TEST_F(RecordsetTest, VisitsTheRowItStandsOnAndAllThatFollow) {
+    for (const platform::CursorType cursor :
+         {platform::CursorType::forwardOnly, platform::CursorType::fixed}) {
+        const auto rows = engine_.createRecordset();
+        rows->open("SELECT type, description, comp_type FROM search_weight WHERE comp_type = 3 ORDER BY type",
+                   connection(), cursor, platform::LockType::readOnly);
+        rows->moveNext();
+        std::vector<std::string> visited;
+        const std::array<std::string_view, 2> names = {"DESCRIPTION", "type"};
+        rows->forEachRow(names, [&](std::span<const base::Variant> fields) {
+            visited.push_back(fields[0].toText() + " " + fields[1].toText());
+        });
+        EXPECT_EQ(visited, (std::vector<std::string>{"comment 20", "comment_anchor 21", "general_comment 22",
+                                                     "external_comment 23"}));
+        EXPECT_TRUE(rows->eof());
+        rows->forEachRow(names, [](std::span<const base::Variant>) { FAIL(); });
+    }
+}
+
+TEST_F(RecordsetTest, VisitingRowsRefusesANameThatIsNotThere) {
+    const auto rows = connection().query("SELECT type FROM search_weight");
+    const std::array<std::string_view, 1> names = {"description"};
+    EXPECT_THROW(rows->forEachRow(names, [](std::span<const base::Variant>) {}), base::RuntimeError);
 }
 
 }  // namespace
