@@ -62,6 +62,8 @@ class OperatedLibrary(window_harness.WindowTest):
         documents = self.write_documents()
         paths = list(documents)
         window = self.open_window("--poll-interval", "0.001")
+        # The first look comes after a second, and each start begins that second anew.
+        self.library.wait_for_log("Main.Timer Action Complete", window.process)
         operations = self.operations()
         # In portions, so that each operation meets a service at work, however fast it is.
         for first in range(0, DOCUMENTS, PORTION):
