@@ -146,7 +146,7 @@ class HeadlessForm final : public Named<Form> {
 
     [[nodiscard]] WindowState windowState() const override { return state_; }
     [[nodiscard]] bool visible() const override { return visible_; }
-    void show() override { visible_ = true; }
+    void show() override { visible_ = !closing_; }
     void hide() override { visible_ = false; }
     void onResize(Handler handler) override { resized_ = std::move(handler); }
     void close() override;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/headless/headless_toolkit.h"
+
 namespace platform::win32 {
 
 void Events::take(Handler event) {
@@ -12,12 +14,6 @@ void Events::take(Handler event) {
         handle(event);
     } else {
         deferred_.push_back(std::move(event));
-    }
-}
-
-void Events::takeNowOrNever(const Handler& event) {
-    if (open_ && !over()) {
-        handle(event);
     }
 }
 
@@ -34,7 +30,7 @@ void Events::handle(const Handler& event) {
     ++handlersAtWork_;
     try {
         event();
-    } catch (const HandlerFailed& nested) {
+    } catch (const headless::HandlerFailed& nested) {
         fail(nested.error);
     } catch (...) {
         fail(std::current_exception());
@@ -75,7 +71,7 @@ void Events::rethrow() {
     }
     std::exception_ptr error = std::exchange(failure_, nullptr);
     if (handlerAtWork()) {
-        throw HandlerFailed{std::move(error)};
+        throw headless::HandlerFailed{std::move(error)};
     }
     std::rethrow_exception(error);
 }

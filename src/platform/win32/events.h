@@ -14,13 +14,6 @@
 
 namespace platform::win32 {
 
-/// How an error in an event's handler leaves a job that has let the window handle its events: it ends the
-/// program, so on purpose no std::exception, which the job's own traps would catch. The outermost loop gives
-/// the error itself to its caller.
-struct HandlerFailed {
-    std::exception_ptr error;
-};
-
 class Events {
   public:
     /// While one exists, events are handled as they arrive. A handler at work closes the gate again.
@@ -45,9 +38,6 @@ class Events {
     /// is kept for rethrow(). After such an error, and once the window closes, events are dropped.
     void take(Handler event);
 
-    /// As take(), but drops an event that would have to wait: a timer comes again by itself.
-    void takeNowOrNever(const Handler& event);
-
     /// Handles what had to wait. The gate must be open.
     void handleDeferred();
 
@@ -57,13 +47,15 @@ class Events {
     /// Keeps an error that must not travel through a window procedure.
     void fail(std::exception_ptr error);
 
-    /// Raises the error that was kept, if there is one: as HandlerFailed to a handler at work, as itself to
-    /// whoever runs the outermost loop.
+    /// Raises the error that was kept, if there is one: to a handler at work as a headless::HandlerFailed,
+    /// which passes the traps of its job, and as itself to whoever runs the outermost loop.
     void rethrow();
 
     [[nodiscard]] bool closing() const { return closing_; }
     [[nodiscard]] bool closed() const { return closed_; }
     [[nodiscard]] bool handlerAtWork() const { return handlersAtWork_ > 0; }
+    /// True when an event that arrives is handled at once.
+    [[nodiscard]] bool open() const { return open_; }
     /// True when no event will be handled any more.
     [[nodiscard]] bool over() const { return closing_ || failure_ != nullptr; }
 

@@ -1,5 +1,7 @@
 #include "platform/win32/win32_controls.h"
 
+#include <windows.h>
+
 #include <algorithm>
 
 #include "base/runtime_error.h"
@@ -23,8 +25,7 @@ WindowPlan planFor(const Place& place, const wchar_t* windowClass, std::string_v
             extendedStyle | WS_EX_NOPARENTNOTIFY,
             toPixels(place.layout.bounds),
             place.parent,
-            firstControlId + place.layout.tabIndex,
-            nullptr};
+            firstControlId + place.layout.tabIndex};
 }
 
 void call(const Handler& handler) {
@@ -42,30 +43,20 @@ void call(const Handler& handler) {
                        "Invalid property value: " + control + " cannot take " + value);
 }
 
-/// How many pixels of a list's line the text takes.
-int widthOf(HWND list, const std::wstring& text) {
-    const HDC context = GetDC(list);
-    const HGDIOBJ before = SelectObject(context, dialogFont());
-    SIZE size{};
-    GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
-    SelectObject(context, before);
-    ReleaseDC(list, context);
-    // The list leaves a little room at both sides of a line.
-    return size.cx + 2 * GetSystemMetrics(SM_CXEDGE);
-}
-
 }  // namespace
 
-Notifier* Notifier::behind(HWND window) {
+Notifier* Notifier::behind(WindowHandle window) {
     return reinterpret_cast<Notifier*>(GetWindowLongPtrW(window, GWLP_USERDATA));
 }
 
-void Notifier::attachTo(HWND window) {
+void Notifier::attachTo(WindowHandle window) {
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
 }
 
 Win32Label::Win32Label(const Place& place, std::string_view caption)
-    : window_(planFor(place, L"STATIC", caption, SS_LEFT)) {}
+    : window_(planFor(place, L"STATIC", caption, SS_LEFTNOWORDWRAP)) {
+    window_.fitText(toPixels(place.layout.bounds).width);
+}
 
 Win32TextBox::Win32TextBox(const Place& place, std::string_view text)
     : window_(planFor(place, L"EDIT", text, WS_TABSTOP | ES_AUTOHSCROLL, WS_EX_CLIENTEDGE)),
@@ -89,7 +80,7 @@ void Win32TextBox::setText(std::string_view text) {
     takeOver();
 }
 
-void Win32TextBox::notified(WORD code) {
+void Win32TextBox::notified(unsigned code) {
     if (code == EN_CHANGE && !changedByProgram_) {
         events_.take([this] { takeOver(); });
     }
@@ -125,7 +116,7 @@ void Win32CheckBox::setValue(int value) {
     }
 }
 
-void Win32CheckBox::notified(WORD code) {
+void Win32CheckBox::notified(unsigned code) {
     if (code == BN_CLICKED) {
         events_.take([this] { setValue(value() == BST_UNCHECKED ? BST_CHECKED : BST_UNCHECKED); });
     }
@@ -137,7 +128,7 @@ Win32Button::Win32Button(const Place& place, std::string_view caption)
     attachTo(window_.handle());
 }
 
-void Win32Button::notified(WORD code) {
+void Win32Button::notified(unsigned code) {
     switch (code) {
         case BN_CLICKED:
             events_.take([this] { call(clicked_); });
@@ -172,7 +163,9 @@ void Win32ListBox::insert(std::size_t index, std::string_view line) {
     if (placed == LB_ERR || placed == LB_ERRSPACE) {
         raiseSystemError(name() + " took no further line");
     }
-    widths_.insert(widths_.begin() + static_cast<std::ptrdiff_t>(index), widthOf(window_.handle(), text));
+    // The list leaves a little room at both sides of a line.
+    widths_.insert(widths_.begin() + static_cast<std::ptrdiff_t>(index),
+                   window_.widthOf(text) + 2 * GetSystemMetrics(SM_CXEDGE));
     fitScrollBar();
 }
 
@@ -202,44 +195,6 @@ std::string Win32ListBox::line(std::size_t index) const {
 void Win32ListBox::fitScrollBar() {
     const auto widest = std::max_element(widths_.begin(), widths_.end());
     window_.send(LB_SETHORIZONTALEXTENT, widest == widths_.end() ? 0 : static_cast<WPARAM>(*widest));
-}
-
-void Win32Timer::setInterval(int milliseconds) {
-    if (milliseconds < 0 || milliseconds > longestInterval) {
-        raiseInvalidValue(name(), std::to_string(milliseconds) + " ms");
-    }
-    interval_ = milliseconds;
-    restart();
-}
-
-void Win32Timer::setEnabled(bool enabled) {
-    enabled_ = enabled;
-    restart();
-}
-
-void Win32Timer::tick() const {
-    call(ticked_);
-}
-
-/// Each wait has an id of its own, because a tick of the one before may wait in the queue already.
-void Win32Timer::restart() {
-    static UINT_PTR lastId = 0;
-    stop();
-    if (!enabled_ || interval_ == 0) {
-        return;
-    }
-    ++lastId;
-    if (SetTimer(form_, lastId, static_cast<UINT>(interval_), nullptr) == 0) {
-        raiseSystemError("The timer " + name_ + " could not be started");
-    }
-    id_ = lastId;
-}
-
-void Win32Timer::stop() {
-    if (id_ != 0) {
-        KillTimer(form_, id_);
-        id_ = 0;
-    }
 }
 
 }  // namespace platform::win32

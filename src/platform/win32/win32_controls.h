@@ -15,7 +15,7 @@ namespace platform::win32 {
 
 /// What a control is made with: where it goes, and who takes its events.
 struct Place {
-    HWND parent;
+    WindowHandle parent;
     const Layout& layout;
     Events& events;
 };
@@ -29,13 +29,13 @@ class Notifier {
     virtual ~Notifier() = default;
 
     /// `code` is that of the WM_COMMAND message, such as EN_CHANGE.
-    virtual void notified(WORD code) = 0;
+    virtual void notified(unsigned code) = 0;
 
     /// The control behind a window; null for one that tells nothing.
-    [[nodiscard]] static Notifier* behind(HWND window);
+    [[nodiscard]] static Notifier* behind(WindowHandle window);
 
   protected:
-    void attachTo(HWND window);
+    void attachTo(WindowHandle window);
 };
 
 class Win32Label final : public Label {
@@ -43,7 +43,7 @@ class Win32Label final : public Label {
     Win32Label(const Place& place, std::string_view caption);
     [[nodiscard]] std::string name() const override { return window_.name(); }
     [[nodiscard]] std::string caption() const override { return window_.text(); }
-    [[nodiscard]] HWND handle() const { return window_.handle(); }
+    [[nodiscard]] WindowHandle handle() const { return window_.handle(); }
 
   private:
     Window window_;
@@ -56,8 +56,8 @@ class Win32TextBox final : public TextBox, public Notifier {
     [[nodiscard]] std::string text() const override { return text_; }
     void setText(std::string_view text) override;
     void onChange(Handler handler) override { changed_ = std::move(handler); }
-    void notified(WORD code) override;
-    [[nodiscard]] HWND handle() const { return window_.handle(); }
+    void notified(unsigned code) override;
+    [[nodiscard]] WindowHandle handle() const { return window_.handle(); }
 
   private:
     void takeOver();
@@ -76,8 +76,8 @@ class Win32CheckBox final : public CheckBox, public Notifier {
     [[nodiscard]] int value() const override;
     void setValue(int value) override;
     void onChange(Handler handler) override { changed_ = std::move(handler); }
-    void notified(WORD code) override;
-    [[nodiscard]] HWND handle() const { return window_.handle(); }
+    void notified(unsigned code) override;
+    [[nodiscard]] WindowHandle handle() const { return window_.handle(); }
 
   private:
     Window window_;
@@ -92,8 +92,8 @@ class Win32Button final : public Button, public Notifier {
     [[nodiscard]] std::string caption() const override { return window_.text(); }
     void setCaption(std::string_view caption) override { window_.setText(caption); }
     void onClick(Handler handler) override { clicked_ = std::move(handler); }
-    void notified(WORD code) override;
-    [[nodiscard]] HWND handle() const { return window_.handle(); }
+    void notified(unsigned code) override;
+    [[nodiscard]] WindowHandle handle() const { return window_.handle(); }
 
   private:
     void beDefault(bool isDefault);
@@ -111,43 +111,13 @@ class Win32ListBox final : public ListBox {
     void remove(std::size_t index) override;
     [[nodiscard]] std::size_t count() const override;
     [[nodiscard]] std::string line(std::size_t index) const override;
-    [[nodiscard]] HWND handle() const { return window_.handle(); }
+    [[nodiscard]] WindowHandle handle() const { return window_.handle(); }
 
   private:
     void fitScrollBar();
 
     Window window_;
     std::vector<int> widths_;  // of the lines, in pixels
-};
-
-/// Ticks through the form's window, which passes WM_TIMER on. The form destroys it before that window.
-class Win32Timer final : public Timer {
-  public:
-    Win32Timer(HWND form, std::string_view name) : form_(form), name_(name) {}
-    Win32Timer(const Win32Timer&) = delete;
-    Win32Timer& operator=(const Win32Timer&) = delete;
-    ~Win32Timer() override { stop(); }
-    [[nodiscard]] std::string name() const override { return name_; }
-    [[nodiscard]] int interval() const override { return interval_; }
-    void setInterval(int milliseconds) override;
-    [[nodiscard]] bool enabled() const override { return enabled_; }
-    void setEnabled(bool enabled) override;
-    void onTick(Handler handler) override { ticked_ = std::move(handler); }
-
-    /// True of the id of the wait that is under way. A tick of an earlier wait may still be on its way.
-    [[nodiscard]] bool waitsUnder(UINT_PTR id) const { return id != 0 && id == id_; }
-    void tick() const;
-
-  private:
-    void restart();
-    void stop();
-
-    HWND form_;
-    std::string name_;
-    int interval_ = 0;
-    bool enabled_ = false;
-    UINT_PTR id_ = 0;  // 0 while no wait is under way
-    Handler ticked_;
 };
 
 }  // namespace platform::win32

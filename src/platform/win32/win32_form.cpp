@@ -1,5 +1,7 @@
 #include "platform/win32/win32_form.h"
 
+#include <windows.h>
+
 #include <exception>
 #include <iterator>
 
@@ -10,6 +12,15 @@ namespace platform::win32 {
 namespace {
 
 constexpr DWORD formStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
+constexpr UINT_PTR wakeUpTimer = 1;
+
+LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+    auto* const form = reinterpret_cast<Win32Form*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (form != nullptr && form->receive(message, first, second)) {
+        return 0;
+    }
+    return DefWindowProcW(window, message, first, second);
+}
 
 /// The program's icon; without one, the system's for programs that have none.
 HICON programIcon(int widthMetric, int heightMetric) {
@@ -18,25 +29,12 @@ HICON programIcon(int widthMetric, int heightMetric) {
     return icon != nullptr ? static_cast<HICON>(icon) : LoadIconW(nullptr, IDI_APPLICATION);
 }
 
-}  // namespace
-
-Win32Form::Win32Form(Events& events, Handler eventHandled, std::string_view name, std::string_view caption,
-                     const Bounds& inside)
-    : events_(events), eventHandled_(std::move(eventHandled)), window_(plan(name, caption, inside)) {
-    SetWindowLongPtrW(handle(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-}
-
-Win32Form::~Win32Form() {
-    // The messages of the end find no form any more.
-    SetWindowLongPtrW(handle(), GWLP_USERDATA, 0);
-}
-
-const wchar_t* Win32Form::windowClass() {
+const wchar_t* windowClass() {
     static constexpr const wchar_t* name = L"tyIndexerForm";
     static const ATOM registered = [] {
         WNDCLASSEXW described{};
         described.cbSize = sizeof described;
-        described.lpfnWndProc = &Win32Form::procedure;
+        described.lpfnWndProc = &procedure;
         described.hInstance = GetModuleHandleW(nullptr);
         described.hIcon = programIcon(SM_CXICON, SM_CYICON);
         described.hIconSm = programIcon(SM_CXSMICON, SM_CYSMICON);
@@ -51,56 +49,75 @@ const wchar_t* Win32Form::windowClass() {
     return name;
 }
 
-WindowPlan Win32Form::plan(std::string_view name, std::string_view caption, const Bounds& inside) {
-    RECT frame = toPixels({0, 0, inside.width, inside.height});
+WindowPlan planFor(std::string_view name, std::string_view caption, const Bounds& inside) {
+    const Pixels size = toPixels({0, 0, inside.width, inside.height});
+    RECT frame{0, 0, size.width, size.height};
     AdjustWindowRectEx(&frame, formStyle, FALSE, 0);
-    const RECT place{CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT + frame.right - frame.left,
-                     CW_USEDEFAULT + frame.bottom - frame.top};
-    return {windowClass(), name, caption, formStyle, 0, place, nullptr, 0, nullptr};
+    const Pixels place{CW_USEDEFAULT, CW_USEDEFAULT, static_cast<int>(frame.right - frame.left),
+                       static_cast<int>(frame.bottom - frame.top)};
+    return {windowClass(), name, caption, formStyle, 0, place, nullptr, 0};
+}
+
+}  // namespace
+
+Win32Form::Win32Form(Events& events, Waiter& waiter, FormObserver& observer, std::string_view name,
+                     std::string_view caption, const Bounds& inside)
+    : events_(events), waiter_(waiter), observer_(observer), window_(planFor(name, caption, inside)) {
+    SetWindowLongPtrW(handle(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+}
+
+Win32Form::~Win32Form() {
+    // The messages of the end find no form any more.
+    SetWindowLongPtrW(handle(), GWLP_USERDATA, 0);
 }
 
 template <class Kind>
-Kind& Win32Form::keep(const Layout& layout, std::unique_ptr<Kind> control) {
+Kind& Win32Form::keep(std::unique_ptr<Kind> control) {
     Kind& kept = *control;
-    controls_.push_back(std::move(control));
-    putInTabOrder(kept.handle(), layout.tabIndex);
+    controls_.insert_or_assign(kept.name(), std::move(control));
     return kept;
 }
 
 /// The tab order of a window is the order of its controls from front to back. Readers for the blind take the
 /// label before a text box as its name.
-void Win32Form::putInTabOrder(HWND control, int tabIndex) {
-    const auto place = tabOrder_.emplace(tabIndex, control);
-    const HWND before = place == tabOrder_.begin() ? HWND_TOP : std::prev(place)->second;
-    SetWindowPos(control, before, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+template <class Kind>
+Kind& Win32Form::place(const Layout& layout, std::unique_ptr<Kind> control) {
+    const auto own = tabOrder_.emplace(layout.tabIndex, control->handle());
+    const HWND before = own == tabOrder_.begin() ? HWND_TOP : std::prev(own)->second;
+    SetWindowPos(control->handle(), before, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    return keep(std::move(control));
 }
 
 Label& Win32Form::addLabel(const Layout& layout, std::string_view caption) {
-    return keep(layout, std::make_unique<Win32Label>(Place{handle(), layout, events_}, caption));
+    return place(layout, std::make_unique<Win32Label>(Place{handle(), layout, events_}, caption));
 }
 
 TextBox& Win32Form::addTextBox(const Layout& layout, std::string_view text) {
-    return keep(layout, std::make_unique<Win32TextBox>(Place{handle(), layout, events_}, text));
+    return place(layout, std::make_unique<Win32TextBox>(Place{handle(), layout, events_}, text));
 }
 
 CheckBox& Win32Form::addCheckBox(const Layout& layout, std::string_view caption) {
-    return keep(layout, std::make_unique<Win32CheckBox>(Place{handle(), layout, events_}, caption));
+    return place(layout, std::make_unique<Win32CheckBox>(Place{handle(), layout, events_}, caption));
 }
 
 Button& Win32Form::addButton(const Layout& layout, std::string_view caption) {
-    return keep(layout, std::make_unique<Win32Button>(Place{handle(), layout, events_}, caption));
+    return place(layout, std::make_unique<Win32Button>(Place{handle(), layout, events_}, caption));
 }
 
 ListBox& Win32Form::addListBox(const Layout& layout) {
-    return keep(layout, std::make_unique<Win32ListBox>(Place{handle(), layout, events_}));
+    return place(layout, std::make_unique<Win32ListBox>(Place{handle(), layout, events_}));
 }
 
 Timer& Win32Form::addTimer(std::string_view name, int milliseconds) {
-    auto timer = std::make_unique<Win32Timer>(handle(), name);
-    timer->setInterval(milliseconds);
-    timers_.push_back(timer.get());
-    controls_.push_back(std::move(timer));
-    return *timers_.back();
+    headless::HeadlessTimer& timer = keep(std::make_unique<headless::HeadlessTimer>(name, 0, waiter_));
+    timer.setInterval(milliseconds);
+    timers_.push_back(&timer);
+    return timer;
+}
+
+Control* Win32Form::find(std::string_view name) const {
+    const auto found = controls_.find(name);
+    return found == controls_.end() ? nullptr : found->second.get();
 }
 
 WindowState Win32Form::windowState() const {
@@ -115,7 +132,7 @@ bool Win32Form::visible() const {
 }
 
 void Win32Form::show() {
-    if (!visible()) {
+    if (!visible() && !closing()) {
         changeShown(SW_SHOW);
         UpdateWindow(handle());
     }
@@ -144,23 +161,27 @@ void Win32Form::runCloseHandler() const {
     }
 }
 
-LRESULT CALLBACK Win32Form::procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
-    auto* const form = reinterpret_cast<Win32Form*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (form == nullptr) {
-        return DefWindowProcW(window, message, first, second);
-    }
-    bool dealtWith = false;
-    try {
-        dealtWith = form->take(message, first, second);
-    } catch (...) {
-        // No exception finds its way through the system's frames.
-        form->events_.fail(std::current_exception());
-    }
-    form->eventHandled_();
-    return dealtWith ? 0 : DefWindowProcW(window, message, first, second);
+void Win32Form::wakeUpIn(Waiter::Milliseconds time) const {
+    SetTimer(handle(), wakeUpTimer, static_cast<UINT>(time.count()), nullptr);
 }
 
-bool Win32Form::take(UINT message, WPARAM first, LPARAM second) {
+void Win32Form::letSleep() const {
+    KillTimer(handle(), wakeUpTimer);
+}
+
+bool Win32Form::receive(MessageCode message, FirstArgument first, SecondArgument second) {
+    bool dealtWith = false;
+    try {
+        dealtWith = take(message, first, second);
+    } catch (...) {
+        // No exception finds its way through the system's frames.
+        events_.fail(std::current_exception());
+    }
+    observer_.messageHandled();
+    return dealtWith;
+}
+
+bool Win32Form::take(MessageCode message, FirstArgument first, SecondArgument second) {
     switch (message) {
         case WM_COMMAND:
             if (Notifier* const control = Notifier::behind(reinterpret_cast<HWND>(second));
@@ -169,8 +190,16 @@ bool Win32Form::take(UINT message, WPARAM first, LPARAM second) {
             }
             return true;
         case WM_TIMER:
-            tick(first);
+            observer_.wokenUp();
             return true;
+        case WM_ENTERMENULOOP:
+        case WM_ENTERSIZEMOVE:
+            observer_.systemLoop(true);
+            return false;
+        case WM_EXITMENULOOP:
+        case WM_EXITSIZEMOVE:
+            observer_.systemLoop(false);
+            return false;
         case WM_SIZE:
             if (!changedByProgram_ && resized_) {
                 events_.take([this] { resized_(); });
@@ -199,15 +228,6 @@ bool Win32Form::take(UINT message, WPARAM first, LPARAM second) {
     }
 }
 
-void Win32Form::tick(UINT_PTR id) {
-    for (const Win32Timer* timer : timers_) {
-        if (timer->waitsUnder(id)) {
-            events_.takeNowOrNever([timer] { timer->tick(); });
-            return;
-        }
-    }
-}
-
 void Win32Form::rememberFocus() {
     const HWND focus = GetFocus();
     if (IsChild(handle(), focus) != 0) {
@@ -215,7 +235,7 @@ void Win32Form::rememberFocus() {
     }
 }
 
-void Win32Form::giveFocusBack() {
+void Win32Form::giveFocusBack() const {
     SetFocus(focus_ != nullptr ? focus_ : GetNextDlgTabItem(handle(), nullptr, FALSE));
 }
 

@@ -1,5 +1,5 @@
-// Win32Form is the form: a window with its controls, and the window procedure that hands to the Events what
-// the operator and the system do. Win32Toolkit owns it. Private to this folder.
+// Win32Form is the form: a window with its controls, which hands to the Events what the operator and the
+// system do. Win32Toolkit owns it. Private to this folder.
 #pragma once
 
 #include <map>
@@ -9,17 +9,34 @@
 #include <utility>
 #include <vector>
 
+#include "platform/headless/headless_form.h"
+#include "platform/waiter.h"
 #include "platform/win32/events.h"
 #include "platform/win32/win32_controls.h"
 #include "platform/win32/window.h"
 
 namespace platform::win32 {
 
+/// What the form tells its toolkit.
+class FormObserver {
+  public:
+    FormObserver() = default;
+    FormObserver(const FormObserver&) = delete;
+    FormObserver& operator=(const FormObserver&) = delete;
+    virtual ~FormObserver() = default;
+
+    /// The system has kept the time that wakeUpIn() asked for.
+    virtual void wokenUp() = 0;
+    /// The system begins or ends a loop of its own: the operator has a menu open, or moves the window.
+    virtual void systemLoop(bool begins) = 0;
+    /// A message was dealt with; handlers may have been called.
+    virtual void messageHandled() = 0;
+};
+
 class Win32Form final : public Form {
   public:
-    /// `eventHandled` is called whenever something was handed to the events.
-    Win32Form(Events& events, Handler eventHandled, std::string_view name, std::string_view caption,
-              const Bounds& inside);
+    Win32Form(Events& events, Waiter& waiter, FormObserver& observer, std::string_view name,
+              std::string_view caption, const Bounds& inside);
     Win32Form(const Win32Form&) = delete;
     Win32Form& operator=(const Win32Form&) = delete;
     ~Win32Form() override;
@@ -42,32 +59,37 @@ class Win32Form final : public Form {
     void onClose(Handler handler) override { closed_ = std::move(handler); }
 
     void runCloseHandler() const;
-    [[nodiscard]] HWND handle() const { return window_.handle(); }
+    [[nodiscard]] WindowHandle handle() const { return window_.handle(); }
     [[nodiscard]] std::string caption() const { return window_.text(); }
+    /// The control of that name, or nothing.
+    [[nodiscard]] Control* find(std::string_view name) const;
+
+    /// The timers are those of the headless window: they tell when they are due, the toolkit has them tick.
+    [[nodiscard]] const std::vector<headless::HeadlessTimer*>& timers() const { return timers_; }
+    void wakeUpIn(Waiter::Milliseconds time) const;
+    void letSleep() const;
+
+    /// For the window procedure: true when the message is dealt with. Throws nothing.
+    bool receive(MessageCode message, FirstArgument first, SecondArgument second);
 
   private:
-    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM first, LPARAM second);
-    static const wchar_t* windowClass();
-    static WindowPlan plan(std::string_view name, std::string_view caption, const Bounds& inside);
-
     template <class Kind>
-    Kind& keep(const Layout& layout, std::unique_ptr<Kind> control);
-    void putInTabOrder(HWND control, int tabIndex);
+    Kind& keep(std::unique_ptr<Kind> control);
+    template <class Kind>
+    Kind& place(const Layout& layout, std::unique_ptr<Kind> control);
     void changeShown(int command);
-
-    /// True when the message is dealt with.
-    bool take(UINT message, WPARAM first, LPARAM second);
-    void tick(UINT_PTR timer);
+    bool take(MessageCode message, FirstArgument first, SecondArgument second);
     void rememberFocus();
-    void giveFocusBack();
+    void giveFocusBack() const;
 
     Events& events_;
-    Handler eventHandled_;
+    Waiter& waiter_;
+    FormObserver& observer_;
     Window window_;
-    std::vector<std::unique_ptr<Control>> controls_;
-    std::vector<Win32Timer*> timers_;
-    std::multimap<int, HWND> tabOrder_;
-    HWND focus_ = nullptr;  // the control that has the focus, or had it when the window was left
+    std::map<std::string, std::unique_ptr<Control>, std::less<>> controls_;
+    std::vector<headless::HeadlessTimer*> timers_;
+    std::multimap<int, WindowHandle> tabOrder_;
+    WindowHandle focus_ = nullptr;  // the control that had the focus when the window was left
     bool changedByProgram_ = false;
     Handler resized_;
     Handler closed_;

@@ -5,12 +5,14 @@
 #include <commctrl.h>
 #include <commdlg.h>
 
-#include <optional>
+#include <algorithm>
 
 #include "base/runtime_error.h"
-#include "platform/win32/win32_form.h"
+#include "platform/headless/headless_toolkit.h"
 
 namespace platform::win32 {
+
+using Milliseconds = Waiter::Milliseconds;
 
 namespace {
 
@@ -58,17 +60,15 @@ bool nextMessage(MSG& message) {
 
 }  // namespace
 
-Win32Toolkit::Win32Toolkit() : events_([this] { form().runCloseHandler(); }) {
+Win32Toolkit::Win32Toolkit(Waiter& waiter) : waiter_(waiter), events_([this] { form().runCloseHandler(); }) {
     // Ties the program to the controls that its manifest names.
     const INITCOMMONCONTROLSEX standard{sizeof standard, ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&standard);
 }
 
-Win32Toolkit::~Win32Toolkit() = default;
-
 Form& Win32Toolkit::createForm(std::string_view name, std::string_view caption, int width, int height) {
-    form_ = std::make_unique<Win32Form>(
-        events_, [this] { endDialogs(); }, name, caption, Bounds{0, 0, width, height});
+    form_ = std::make_unique<Win32Form>(events_, waiter_, static_cast<FormObserver&>(*this), name, caption,
+                                        Bounds{0, 0, width, height});
     return *form_;
 }
 
@@ -81,19 +81,20 @@ Win32Form& Win32Toolkit::form() const {
 
 void Win32Toolkit::processEvents() {
     const Events::Gate open(events_);
-    bool goOn = true;
+    if (form_ != nullptr && waiter_.closeRequested()) {
+        events_.take([this] { form_->close(); });
+    }
     handleDeferred();
-    for (MSG message; goOn && nextMessage(message); handleDeferred()) {
+    for (MSG message; nextMessage(message); handleDeferred()) {
         if (message.message == WM_QUIT && openDialogs_ > 0) {
             // Meant for the dialog that this loop runs inside of.
             PostQuitMessage(0);
             return;
         }
-        // The system hands out a tick when nothing else waits. A timer that is quicker than its handler would
-        // keep this loop for ever.
-        goOn = form_ == nullptr || message.hwnd != form_->handle() || message.message != WM_TIMER;
         dispatch(message);
     }
+    tickDueTimers();
+    events_.rethrow();
 }
 
 void Win32Toolkit::handleDeferred() {
@@ -116,8 +117,77 @@ void Win32Toolkit::run() {
     while (!events_.closed()) {
         processEvents();
         if (!events_.closed()) {
-            MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+            waiter_.wait(nextTick());
         }
+    }
+}
+
+std::optional<Milliseconds> Win32Toolkit::nextTick() const {
+    std::optional<Milliseconds> next;
+    for (const headless::HeadlessTimer* timer : form().timers()) {
+        const std::optional<Milliseconds> due = timer->due();
+        if (due && (!next || *due < *next)) {
+            next = due;
+        }
+    }
+    return next;
+}
+
+headless::HeadlessTimer* Win32Toolkit::timerDueAt(Milliseconds moment) const {
+    if (form_ == nullptr || events_.over()) {
+        return nullptr;
+    }
+    headless::HeadlessTimer* first = nullptr;
+    for (headless::HeadlessTimer* timer : form_->timers()) {
+        const std::optional<Milliseconds> due = timer->due();
+        if (due && *due <= moment && (first == nullptr || *due < *first->due())) {
+            first = timer;
+        }
+    }
+    return first;
+}
+
+/// The moment is taken once: each timer ticks at most once, however long the handlers take.
+void Win32Toolkit::tickDueTimers() {
+    const Milliseconds moment = waiter_.now();
+    for (headless::HeadlessTimer* timer = timerDueAt(moment); timer != nullptr; timer = timerDueAt(moment)) {
+        events_.take([timer] { timer->tick(); });
+    }
+}
+
+void Win32Toolkit::wokenUp() {
+    wakeUp_.reset();
+    form_->letSleep();
+    if (systemIsLooping() && events_.open()) {
+        tickDueTimers();
+    }
+}
+
+void Win32Toolkit::systemLoop(bool begins) {
+    systemLoops_ += begins ? 1 : -1;
+}
+
+void Win32Toolkit::messageHandled() {
+    if (!systemIsLooping()) {
+        return;
+    }
+    if (!events_.over()) {
+        wakeUpAtNextTick();
+        return;
+    }
+    if (openDialogs_ > 0) {
+        PostQuitMessage(0);
+    }
+    if (systemLoops_ > 0) {
+        PostMessageW(form_->handle(), WM_CANCELMODE, 0, 0);
+    }
+}
+
+void Win32Toolkit::wakeUpAtNextTick() {
+    const std::optional<Milliseconds> next = nextTick();
+    if (next && next != wakeUp_) {
+        form_->wakeUpIn(std::max(Milliseconds(0), *next - waiter_.now()));
+        wakeUp_ = next;
     }
 }
 
@@ -127,33 +197,39 @@ template <class Dialog>
 auto Win32Toolkit::showDialog(const Dialog& dialog) {
     // Outside of a handler, as during start-up, the program is not ready for events.
     const Events::Gate gate(events_, events_.handlerAtWork());
+    const bool shown = form_ != nullptr && form_->visible();
     ++openDialogs_;
-    const auto answer = dialog(form_ != nullptr ? form_->handle() : nullptr);
+    if (form_ != nullptr) {
+        wakeUpAtNextTick();
+    }
+    const auto answer = dialog(shown ? form_->handle() : nullptr);
     --openDialogs_;
     MSG quit;
     PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
-    endDialogs();  // also those that this one stood on
+    if (openDialogs_ > 0 && events_.over()) {
+        PostQuitMessage(0);  // for the one that this one stood on
+    }
     events_.rethrow();
     return answer;
 }
 
-void Win32Toolkit::endDialogs() const {
-    if (openDialogs_ > 0 && events_.over()) {
-        PostQuitMessage(0);
-    }
-}
-
 void Win32Toolkit::messageBox(std::string_view text) {
+    if (events_.over()) {
+        headless::HeadlessToolkit::printToStandardError(text);
+        return;
+    }
     const std::wstring shown = toWide(text);
     const std::wstring title = form_ != nullptr ? toWide(form_->caption()) : std::wstring();
     showDialog([&](HWND owner) {
-        return MessageBoxW(owner, shown.c_str(), title.c_str(),
-                           MB_OK | MB_ICONEXCLAMATION | MB_SETFOREGROUND);
+        return MessageBoxW(owner, shown.c_str(), title.c_str(), MB_OK | MB_SETFOREGROUND);
     });
 }
 
 std::optional<std::string> Win32Toolkit::saveFileDialog(std::span<const FileFilter> filters,
                                                         std::string_view defaultExtension) {
+    if (events_.over()) {
+        return std::nullopt;
+    }
     DWORD error = 0;
     const std::string path = showDialog([&](HWND owner) {
         std::string chosen = askForPath(owner, filters, defaultExtension);

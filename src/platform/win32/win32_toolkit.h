@@ -1,5 +1,9 @@
-// Win32Toolkit draws the window with the system's own controls on Windows. The composition root owns it; it
+// Win32Toolkit shows the window with the system's own controls on Windows. The composition root owns it; it
 // lives on the thread that runs it.
+//
+// Time comes from a Waiter, as it does for the window without a screen, so the two behave alike; a timer of
+// the system only wakes the toolkit up when a tick is due while a dialog, an open menu or the frame that is
+// being dragged has a loop of its own.
 //
 // Other programs, such as readers for the blind and test tools, find a control by its number, which is
 // firstControlId plus its place in the tab order, or by its name: the window property controlNameProperty
@@ -13,7 +17,9 @@
 #include <string_view>
 
 #include "platform/ui.h"
+#include "platform/waiter.h"
 #include "platform/win32/events.h"
+#include "platform/win32/win32_form.h"
 
 struct tagMSG;
 
@@ -25,31 +31,44 @@ inline constexpr int firstControlId = 100;
 /// The number of the program's icon among its resources.
 inline constexpr int iconResource = 1;
 
-class Win32Form;
-
-class Win32Toolkit final : public Toolkit {
+class Win32Toolkit final : public Toolkit, private FormObserver {
   public:
-    Win32Toolkit();
-    ~Win32Toolkit() override;
+    explicit Win32Toolkit(Waiter& waiter);
 
     Form& createForm(std::string_view name, std::string_view caption, int width, int height) override;
     void processEvents() override;
     void run() override;
+    /// While the window closes there is nobody to answer: the text goes to standard error.
     void messageBox(std::string_view text) override;
     std::optional<std::string> saveFileDialog(std::span<const FileFilter> filters,
                                               std::string_view defaultExtension) override;
 
-  private:
+    /// The form. Raises error 91 before it has been created.
     [[nodiscard]] Win32Form& form() const;
+
+    /// The moment of the next tick of any timer, by the waiter's time.
+    [[nodiscard]] std::optional<Waiter::Milliseconds> nextTick() const;
+
+  private:
+    void wokenUp() override;
+    void systemLoop(bool begins) override;
+    void messageHandled() override;
+
     void handleDeferred();
     void dispatch(tagMSG& message);
+    void tickDueTimers();
+    [[nodiscard]] headless::HeadlessTimer* timerDueAt(Waiter::Milliseconds moment) const;
+    void wakeUpAtNextTick();
+    [[nodiscard]] bool systemIsLooping() const { return openDialogs_ > 0 || systemLoops_ > 0; }
     template <class Dialog>
     auto showDialog(const Dialog& dialog);
-    void endDialogs() const;
 
+    Waiter& waiter_;
     Events events_;
     std::unique_ptr<Win32Form> form_;
     int openDialogs_ = 0;
+    int systemLoops_ = 0;
+    std::optional<Waiter::Milliseconds> wakeUp_;  // the moment that the system's timer is set to
 };
 
 }  // namespace platform::win32

@@ -1,7 +1,8 @@
 #include "platform/win32/window.h"
 
+#include <windows.h>
+
 #include <array>
-#include <memory>
 
 #include "base/runtime_error.h"
 #include "platform/win32/win32_toolkit.h"
@@ -54,6 +55,40 @@ Resolution screenResolution() {
     return resolution;
 }
 
+/// The font of dialogs, its letters of that width on average; 0 leaves the width to the font.
+HFONT makeDialogFont(int letterWidth) {
+    return CreateFontW(-MulDiv(fontPoints, screenResolution().down, pointsPerInch), letterWidth, 0, 0,
+                       FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+                       DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, fontName);
+}
+
+/// The one that controls share. It lives as long as the program.
+HFONT dialogFont() {
+    static const HFONT font = makeDialogFont(0);
+    return font;
+}
+
+void useFont(HWND window, HFONT font) {
+    SendMessageW(window, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
+}
+
+struct Widths {
+    int text;
+    int letter;  // on average
+};
+
+Widths measure(HWND window, HFONT font, const std::wstring& text) {
+    const HDC context = GetDC(window);
+    const HGDIOBJ before = SelectObject(context, font);
+    SIZE size{};
+    GetTextExtentPoint32W(context, text.c_str(), static_cast<int>(text.size()), &size);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(context, &metrics);
+    SelectObject(context, before);
+    ReleaseDC(window, context);
+    return {size.cx, metrics.tmAveCharWidth};
+}
+
 std::string systemText(DWORD error) {
     std::array<wchar_t, 512> text{};
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
@@ -99,33 +134,24 @@ void raiseSystemError(std::string_view attempt) {
                        std::string(attempt) + ": " + systemText(error) + " (" + std::to_string(error) + ")");
 }
 
-RECT toPixels(const Bounds& bounds) {
+Pixels toPixels(const Bounds& bounds) {
     static const Resolution resolution = screenResolution();
-    return {MulDiv(bounds.left, resolution.across, twipsPerInch),
-            MulDiv(bounds.top, resolution.down, twipsPerInch),
-            MulDiv(bounds.left + bounds.width, resolution.across, twipsPerInch),
-            MulDiv(bounds.top + bounds.height, resolution.down, twipsPerInch)};
-}
-
-HFONT dialogFont() {
-    static const HFONT font =
-        CreateFontW(-MulDiv(fontPoints, screenResolution().down, pointsPerInch), 0, 0, 0, FW_NORMAL, 0, 0, 0,
-                    DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                    DEFAULT_PITCH | FF_DONTCARE, fontName);
-    return font;
+    const int left = MulDiv(bounds.left, resolution.across, twipsPerInch);
+    const int top = MulDiv(bounds.top, resolution.down, twipsPerInch);
+    return {left, top, MulDiv(bounds.left + bounds.width, resolution.across, twipsPerInch) - left,
+            MulDiv(bounds.top + bounds.height, resolution.down, twipsPerInch) - top};
 }
 
 Window::Window(const WindowPlan& plan) : name_(plan.name) {
     const auto id = reinterpret_cast<HMENU>(static_cast<LONG_PTR>(plan.id));
     handle_ = CreateWindowExW(plan.extendedStyle, plan.windowClass, toWide(plan.text).c_str(), plan.style,
-                              plan.place.left, plan.place.top, plan.place.right - plan.place.left,
-                              plan.place.bottom - plan.place.top, plan.parent, id, GetModuleHandleW(nullptr),
-                              plan.argument);
+                              plan.place.left, plan.place.top, plan.place.width, plan.place.height,
+                              plan.parent, id, GetModuleHandleW(nullptr), nullptr);
     if (handle_ == nullptr) {
         raiseSystemError("The window system made no window for " + name_);
     }
     attachName(handle_, name_);
-    send(WM_SETFONT, reinterpret_cast<WPARAM>(dialogFont()), FALSE);
+    useFont(handle_, dialogFont());
 }
 
 Window::~Window() {
@@ -143,6 +169,29 @@ void Window::setText(std::string_view text) {
     if (SetWindowTextW(handle_, toWide(text).c_str()) == 0) {
         raiseSystemError("The text of " + name_ + " could not be changed");
     }
+}
+
+SecondArgument Window::send(MessageCode message, FirstArgument first, SecondArgument second) const {
+    return SendMessageW(handle_, message, first, second);
+}
+
+int Window::widthOf(const std::wstring& text) const {
+    return measure(handle_, reinterpret_cast<HFONT>(send(WM_GETFONT)), text).text;
+}
+
+/// The layout leaves no room for the letters of every system: those of the fonts that stand in for the real
+/// ones can be wider.
+void Window::fitText(int width) {
+    const std::wstring shown = toWide(text());
+    const Widths widths = measure(handle_, dialogFont(), shown);
+    if (widths.text > width) {
+        ownFont_.reset(makeDialogFont(widths.letter * width / widths.text));
+        useFont(handle_, ownFont_.get());
+    }
+}
+
+void Window::FontDeleter::operator()(HFONT__* font) const {
+    DeleteObject(font);
 }
 
 }  // namespace platform::win32

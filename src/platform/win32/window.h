@@ -1,15 +1,24 @@
 // Window owns a window of the system, a control being one as well, under the name that the program gave it.
-// Private to this folder: it brings <windows.h> along.
+// Private to this folder.
 #pragma once
 
-#include <windows.h>
-
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "platform/ui.h"
 
+struct HFONT__;
+struct HWND__;
+
 namespace platform::win32 {
+
+// The system's types, without its header.
+using WindowHandle = HWND__*;
+using MessageCode = unsigned int;
+using FirstArgument = std::uintptr_t;
+using SecondArgument = std::intptr_t;
 
 /// Text between the program's UTF-8 and the system's two encodings.
 [[nodiscard]] std::wstring toWide(std::string_view text);
@@ -20,24 +29,28 @@ namespace platform::win32 {
 /// Raises the system's last error as a base::RuntimeError; `attempt` says what was tried.
 [[noreturn]] void raiseSystemError(std::string_view attempt);
 
-/// A rectangle in twips as pixels of this screen. Edges are rounded, not sizes, so that what touches in twips
-/// touches on the screen.
-[[nodiscard]] RECT toPixels(const Bounds& bounds);
+/// Position and size on this screen.
+struct Pixels {
+    int left;
+    int top;
+    int width;
+    int height;
+};
 
-/// The font of dialogs, at this screen's resolution. It lives as long as the program.
-[[nodiscard]] HFONT dialogFont();
+/// Twips as pixels of this screen. Edges are rounded, not sizes, so that what touches in twips touches on the
+/// screen.
+[[nodiscard]] Pixels toPixels(const Bounds& bounds);
 
 /// What a window is made with.
 struct WindowPlan {
     const wchar_t* windowClass;
     std::string_view name;
     std::string_view text;
-    DWORD style;
-    DWORD extendedStyle;
-    RECT place;
-    HWND parent;
+    unsigned long style;
+    unsigned long extendedStyle;
+    Pixels place;
+    WindowHandle parent;
     int id;
-    void* argument;
 };
 
 /// True while it exists: what the window procedure is told meanwhile comes from the program itself.
@@ -60,19 +73,28 @@ class Window {
     Window& operator=(const Window&) = delete;
     ~Window();
 
-    [[nodiscard]] HWND handle() const { return handle_; }
+    [[nodiscard]] WindowHandle handle() const { return handle_; }
     [[nodiscard]] const std::string& name() const { return name_; }
 
     [[nodiscard]] std::string text() const;
     void setText(std::string_view text);
 
-    LRESULT send(UINT message, WPARAM first = 0, LPARAM second = 0) const {
-        return SendMessageW(handle_, message, first, second);
-    }
+    SecondArgument send(MessageCode message, FirstArgument first = 0, SecondArgument second = 0) const;
+
+    /// How many pixels a line of text takes in the window's font.
+    [[nodiscard]] int widthOf(const std::wstring& text) const;
+
+    /// Has the text fit into that many pixels, in narrower letters where it must.
+    void fitText(int width);
 
   private:
+    struct FontDeleter {
+        void operator()(HFONT__* font) const;
+    };
+
     std::string name_;
-    HWND handle_ = nullptr;
+    WindowHandle handle_ = nullptr;
+    std::unique_ptr<HFONT__, FontDeleter> ownFont_;
 };
 
 }  // namespace platform::win32

@@ -9,7 +9,6 @@
 namespace {
 
 using platform::win32::Events;
-using platform::win32::HandlerFailed;
 using Seen = std::vector<std::string>;
 
 class Win32Events : public testing::Test {
@@ -40,15 +39,6 @@ TEST_F(Win32Events, AHandlerAtWorkClosesTheGate) {
     EXPECT_EQ(seen, Seen{"outer"});
     events.handleDeferred();
     EXPECT_EQ(seen, (Seen{"outer", "inner"}));
-}
-
-TEST_F(Win32Events, TicksDoNotWait) {
-    events.takeNowOrNever(note("tick"));
-    const Events::Gate open(events);
-    events.handleDeferred();
-    EXPECT_TRUE(seen.empty());
-    events.takeNowOrNever(note("tick"));
-    EXPECT_EQ(seen, Seen{"tick"});
 }
 
 TEST_F(Win32Events, AnErrorIsKeptAndRaisedOnce) {

@@ -6,12 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "fakes/manual_waiter.h"
+#include "fakes/win32_driver.h"
 #include "platform/win32/win32_toolkit.h"
-#include "unit/platform/win32/win32_driver.h"
 
 class Win32Window : public testing::Test {
   protected:
-    platform::win32::Win32Toolkit toolkit;
+    fakes::ManualWaiter waiter;
+    platform::win32::Win32Toolkit toolkit{waiter};
     platform::Form& form = toolkit.createForm("Main", "orlentbar indexer", 5775, 3255);
     platform::Button& stop = form.addButton({"cmdStartStop", {360, 2760, 1095, 375}, 0}, "S&top");
     platform::ListBox& list = form.addListBox({"lstStatus", {120, 720, 5535, 1230}, 1});
