@@ -97,7 +97,7 @@ void Win32TextBox::takeOver() {
 
 // The system's own ways of turning a box over go through all three values; this one has the program do it.
 Win32CheckBox::Win32CheckBox(const Place& place, std::string_view caption)
-    : window_(planFor(place, L"BUTTON", caption, WS_TABSTOP | BS_3STATE)), events_(place.events) {
+    : window_(planFor(place, L"BUTTON", caption, WS_TABSTOP | BS_3STATE | BS_NOTIFY)), events_(place.events) {
     attachTo(window_.handle());
 }
 
@@ -151,7 +151,8 @@ void Win32Button::beDefault(bool isDefault) {
 }
 
 Win32ListBox::Win32ListBox(const Place& place)
-    : window_(planFor(place, L"LISTBOX", "", WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOINTEGRALHEIGHT,
+    : window_(planFor(place, L"LISTBOX", "",
+                      WS_TABSTOP | WS_VSCROLL | WS_HSCROLL | LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
                       WS_EX_CLIENTEDGE)) {}
 
 void Win32ListBox::insert(std::size_t index, std::string_view line) {

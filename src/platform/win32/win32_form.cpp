@@ -184,10 +184,7 @@ bool Win32Form::receive(MessageCode message, FirstArgument first, SecondArgument
 bool Win32Form::take(MessageCode message, FirstArgument first, SecondArgument second) {
     switch (message) {
         case WM_COMMAND:
-            if (Notifier* const control = Notifier::behind(reinterpret_cast<HWND>(second));
-                control != nullptr) {
-                control->notified(HIWORD(first));
-            }
+            controlNotifies(reinterpret_cast<HWND>(second), HIWORD(first));
             return true;
         case WM_TIMER:
             observer_.wokenUp();
@@ -215,28 +212,25 @@ bool Win32Form::take(MessageCode message, FirstArgument first, SecondArgument se
                 events_.take([this] { close(); });
             }
             return true;
-        case WM_ACTIVATE:
-            if (LOWORD(first) == WA_INACTIVE) {
-                rememberFocus();
-            }
-            return false;
         case WM_SETFOCUS:
-            giveFocusBack();
+            // The operator comes back to the control that was left.
+            SetFocus(focus_ != nullptr ? focus_ : GetNextDlgTabItem(handle(), nullptr, FALSE));
             return true;
         default:
             return false;
     }
 }
 
-void Win32Form::rememberFocus() {
-    const HWND focus = GetFocus();
-    if (IsChild(handle(), focus) != 0) {
-        focus_ = focus;
+void Win32Form::controlNotifies(WindowHandle control, unsigned code) {
+    if (control == nullptr) {
+        return;  // the Enter or the Escape key, which press nothing by themselves
     }
-}
-
-void Win32Form::giveFocusBack() const {
-    SetFocus(focus_ != nullptr ? focus_ : GetNextDlgTabItem(handle(), nullptr, FALSE));
+    if (GetFocus() == control) {
+        focus_ = control;
+    }
+    if (Notifier* const notifier = Notifier::behind(control); notifier != nullptr) {
+        notifier->notified(code);
+    }
 }
 
 }  // namespace platform::win32

@@ -79,8 +79,7 @@ class Win32Form final : public Form {
     Kind& place(const Layout& layout, std::unique_ptr<Kind> control);
     void changeShown(int command);
     bool take(MessageCode message, FirstArgument first, SecondArgument second);
-    void rememberFocus();
-    void giveFocusBack() const;
+    void controlNotifies(WindowHandle control, unsigned code);
 
     Events& events_;
     Waiter& waiter_;
@@ -89,7 +88,7 @@ class Win32Form final : public Form {
     std::map<std::string, std::unique_ptr<Control>, std::less<>> controls_;
     std::vector<headless::HeadlessTimer*> timers_;
     std::multimap<int, WindowHandle> tabOrder_;
-    WindowHandle focus_ = nullptr;  // the control that had the focus when the window was left
+    WindowHandle focus_ = nullptr;  // the last control that had the focus
     bool changedByProgram_ = false;
     Handler resized_;
     Handler closed_;

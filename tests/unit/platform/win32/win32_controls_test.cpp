@@ -64,7 +64,6 @@ TEST_F(Win32Controls, TheFocusComesBackWithTheWindow) {
     SetFocus(windowNamed("txtPollInterval"));
     post("Main", WM_SYSCOMMAND, SC_MINIMIZE);
     toolkit.processEvents();
-    EXPECT_NE(focused(), "txtPollInterval");
     post("Main", WM_SYSCOMMAND, SC_RESTORE);
     toolkit.processEvents();
     EXPECT_EQ(focused(), "txtPollInterval");
