@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -130,6 +131,12 @@ class HeadlessTimer final : public Named<Timer> {
     Milliseconds due_{0};
     Handler ticked_;
 };
+
+/// The moment of the next tick of any of the timers; nothing when all are off.
+[[nodiscard]] std::optional<Milliseconds> nextTickOf(const std::vector<HeadlessTimer*>& timers);
+
+/// The timer that has waited longest for its tick at that moment; none when none is due.
+[[nodiscard]] HeadlessTimer* dueAt(Milliseconds moment, const std::vector<HeadlessTimer*>& timers);
 
 class HeadlessForm final : public Named<Form> {
   public:

@@ -59,8 +59,9 @@ std::optional<std::string> displayTrouble() {
     if (canConnect()) {
         return std::nullopt;
     }
-    return "the display \"" + (x11.empty() ? (wayland.empty() ? platform : wayland) : x11) +
-           "\" cannot be used";
+    const std::string display = x11.empty() ? wayland : x11;
+    return (display.empty() ? "no display can" : "the display \"" + display + "\" cannot") + " be used" +
+           (platform.empty() ? "" : " with QT_QPA_PLATFORM=" + platform);
 }
 
 Display::Display(const char* programName)

@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QFontInfo>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,8 +15,12 @@ namespace {
 
 constexpr double twipsPerInch = 1440;
 
-constexpr double smallestPoints = 6;
-constexpr double step = 0.25;
+/// Sizes are tried in steps of a quarter of a point.
+constexpr int stepsPerPoint = 4;
+constexpr int smallest = 6 * stepsPerPoint;
+
+/// How close the letters may stand, in percent, before smaller ones are taken.
+constexpr double closest = 92;
 
 bool captionFits(const QWidget& control, const QFontMetrics& metrics) {
     if (const auto* label = qobject_cast<const QLabel*>(&control)) {
@@ -68,9 +73,15 @@ void orderTabs(QWidget& window) {
 
 void fitCaptions(QWidget& window) {
     QFont font = window.font();
-    for (double points = font.pointSizeF(); !captionsFit(window) && points > smallestPoints; points -= step) {
-        font.setPointSizeF(points);
-        window.setFont(font);
+    for (int size = qRound(QFontInfo(font).pointSizeF() * stepsPerPoint); size >= smallest; --size) {
+        font.setPointSizeF(static_cast<double>(size) / stepsPerPoint);
+        for (const double spacing : {100.0, 96.0, closest}) {
+            font.setLetterSpacing(QFont::PercentageSpacing, spacing);
+            window.setFont(font);
+            if (captionsFit(window)) {
+                return;
+            }
+        }
     }
 }
 

@@ -6,6 +6,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QStyledItemDelegate>
+#include <algorithm>
 #include <memory>
 
 #include "base/runtime_error.h"
@@ -44,6 +46,24 @@ class TwoWayCheckBox final : public QCheckBox {
         const QSignalBlocker quiet(this);
         setCheckState(checkState() == Qt::Unchecked ? Qt::Checked : Qt::Unchecked);
     }
+};
+
+/// Gives the lines heights with which the list shows whole lines only, wherever it is scrolled to.
+class WholeLines final : public QStyledItemDelegate {
+  public:
+    explicit WholeLines(QListWidget* list) : QStyledItemDelegate(list), list_(*list) {}
+
+    [[nodiscard]] QSize sizeHint(const QStyleOptionViewItem& option,
+                                 const QModelIndex& index) const override {
+        const QSize line = QStyledItemDelegate::sizeHint(option, index);
+        const int inside = list_.height() - 2 * list_.frameWidth();
+        const int lines = std::max(1, inside / std::max(1, line.height()));
+        const auto edge = [&](int row) { return row * inside / lines; };
+        return {line.width(), edge(index.row() + 1) - edge(index.row())};
+    }
+
+  private:
+    const QListWidget& list_;
 };
 
 int valueOf(Qt::CheckState state) {
@@ -151,7 +171,7 @@ void QtButton::setCaption(std::string_view caption) {
 
 QtListBox::QtListBox(QWidget& form, const Layout& layout)
     : Named(layout.name), widget_(placed(new QListWidget(&form), form, layout)) {
-    widget_->setUniformItemSizes(true);
+    widget_->setItemDelegate(new WholeLines(widget_));
 }
 
 void QtListBox::insert(std::size_t index, std::string_view line) {

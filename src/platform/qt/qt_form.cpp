@@ -47,7 +47,8 @@ class FormWindow final : public QWidget {
     }
 
     void closeEvent(QCloseEvent* event) override {
-        event->ignore();  // the form closes itself, when no job is at work
+        // The window goes at once, as a desktop that ends its session expects; the rest waits for the job.
+        event->accept();
         closed_();
     }
 

@@ -124,28 +124,12 @@ bool QtToolkit::ask(QDialog& dialog) {
 }
 
 std::optional<Milliseconds> QtToolkit::nextTick() const {
-    std::optional<Milliseconds> next;
-    for (const headless::HeadlessTimer* timer : form().timers()) {
-        const std::optional<Milliseconds> due = timer->due();
-        if (due && (!next || *due < *next)) {
-            next = due;
-        }
-    }
-    return next;
+    return headless::nextTickOf(form().timers());
 }
 
 headless::HeadlessTimer* QtToolkit::timerDueAt(Milliseconds moment) const {
-    if (form_ == nullptr || closing() || handlers_.failed()) {
-        return nullptr;
-    }
-    headless::HeadlessTimer* first = nullptr;
-    for (headless::HeadlessTimer* timer : form_->timers()) {
-        const std::optional<Milliseconds> due = timer->due();
-        if (due && *due <= moment && (first == nullptr || *due < *first->due())) {
-            first = timer;
-        }
-    }
-    return first;
+    return form_ == nullptr || closing() || handlers_.failed() ? nullptr
+                                                               : headless::dueAt(moment, form_->timers());
 }
 
 /// Looks whether the window is to close and which timers are due. The moment is taken once: each timer ticks

@@ -123,28 +123,11 @@ void Win32Toolkit::run() {
 }
 
 std::optional<Milliseconds> Win32Toolkit::nextTick() const {
-    std::optional<Milliseconds> next;
-    for (const headless::HeadlessTimer* timer : form().timers()) {
-        const std::optional<Milliseconds> due = timer->due();
-        if (due && (!next || *due < *next)) {
-            next = due;
-        }
-    }
-    return next;
+    return headless::nextTickOf(form().timers());
 }
 
 headless::HeadlessTimer* Win32Toolkit::timerDueAt(Milliseconds moment) const {
-    if (form_ == nullptr || events_.over()) {
-        return nullptr;
-    }
-    headless::HeadlessTimer* first = nullptr;
-    for (headless::HeadlessTimer* timer : form_->timers()) {
-        const std::optional<Milliseconds> due = timer->due();
-        if (due && *due <= moment && (first == nullptr || *due < *first->due())) {
-            first = timer;
-        }
-    }
-    return first;
+    return form_ == nullptr || events_.over() ? nullptr : headless::dueAt(moment, form_->timers());
 }
 
 /// The moment is taken once: each timer ticks at most once, however long the handlers take.

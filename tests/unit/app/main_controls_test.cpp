@@ -187,6 +187,21 @@ TEST_P(OperatorWindow, ATextThatIsNoNumberEndsTheProgram) {
     }
 }
 
+TEST_P(OperatorWindow, AnIntervalGivenByTheProgramCountsAsTyped) {
+    startQuietly();
+    window->takePollInterval("2.5");
+    EXPECT_EQ(textBox("txtPollInterval").text(), "2.5");
+    EXPECT_EQ(settings.number(infra::indexerKey, "PollInterval"), 2);
+}
+
+TEST_P(OperatorWindow, TheProgramCanCloseTheWindowAsItsExitButtonDoes) {
+    startQuietly();
+    window->close();
+    EXPECT_FALSE(visible());
+    EXPECT_EQ(engine.record.connectionsClosed, 1);
+    toolkit.run();
+}
+
 TEST_P(OperatorWindow, BrowseOffersLogFilesAndAllFiles) {
     start();
     operatorClicks("btnBrowse");

@@ -165,6 +165,18 @@ TEST_F(Qt6Window, TheNewestLineIsTheOneThatIsSeen) {
     EXPECT_EQ(shown->indexAt(QPoint(5, 5)).row(), 0);
 }
 
+TEST_F(Qt6Window, TheListShowsWholeLinesOnly) {
+    build();
+    for (int i = 0; i < 50; ++i) {
+        list.insert(0, std::to_string(i));
+    }
+    const auto* const shown = child<QListWidget>("lst");
+    const int bottom = shown->viewport()->height() - 1;
+    const QListWidgetItem* const last = shown->itemAt(QPoint(5, bottom));
+    ASSERT_NE(last, nullptr);
+    EXPECT_EQ(shown->visualItemRect(last).bottom(), bottom);
+}
+
 TEST_F(Qt6Window, TextsOfAnyScriptComeThroughWhole) {
     box.setText("/srv/Prüfung/日本.log");
     list.insert(0, "naïve – ✓");
