@@ -183,10 +183,12 @@ int Window::widthOf(const std::wstring& text) const {
 /// ones can be wider.
 void Window::fitText(int width) {
     const std::wstring shown = toWide(text());
-    const Widths widths = measure(handle_, dialogFont(), shown);
-    if (widths.text > width) {
-        ownFont_.reset(makeDialogFont(widths.letter * width / widths.text));
-        useFont(handle_, ownFont_.get());
+    Widths widths = measure(handle_, dialogFont(), shown);
+    for (int letter = widths.letter - 1; widths.text > width && letter > 0; --letter) {
+        const HFONT narrower = makeDialogFont(letter);
+        useFont(handle_, narrower);
+        ownFont_.reset(narrower);
+        widths = measure(handle_, narrower, shown);
     }
 }
 
