@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/Main.h"
+#include "fakes/local_files.h"
 #include "fakes/manual_clock.h"
 #include "fakes/manual_waiter.h"
 #include "fakes/memory_settings_store.h"
@@ -21,13 +22,12 @@
 #include "fakes/temporary_folder.h"
 #include "infra/Services.h"
 #include "platform/headless/headless_toolkit.h"
-#include "platform/posix/posix_files.h"
 #include "platform/sqlite/sqlite_engine.h"
 #include "unit/app/library_file.h"
 #include "unit/app/recording_engine.h"
 
 /// Files that cannot be readied when a test says so.
-class StubbornFiles : public platform::posix::PosixFiles {
+class StubbornFiles : public fakes::LocalFiles {
   public:
     void prepare() override {
         if (prepareFails) {
