@@ -4,6 +4,11 @@
 // windows.h stands first: COM's header needs it.
 #include <objbase.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
 #include "base/text.h"
 #include "platform/sqlite/library_schema.h"
 
@@ -12,43 +17,6 @@ namespace {
 
 constexpr const wchar_t* recordVariable = L"TYTEST_ADO_RECORD";
 constexpr const wchar_t* standInClass = L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A11}";
-constexpr const char* recordName = "ado.record";
-
-}  // namespace
-
-bool isStandInRegistered() {
-    CLSID registered{};
-    CLSID standIn{};
-    return SUCCEEDED(::CLSIDFromProgID(L"ADODB.Connection", &registered)) &&
-           SUCCEEDED(::CLSIDFromString(standInClass, &standIn)) && registered == standIn;
-}
-
-StandInLibrary::StandInLibrary() {
-    platform::createLibrary(path());
-    ::SetEnvironmentVariableW(recordVariable, std::filesystem::path(folder_ / recordName).c_str());
-}
-
-StandInLibrary::~StandInLibrary() {
-    ::SetEnvironmentVariableW(recordVariable, nullptr);
-}
-
-platform::ConnectionSettings StandInLibrary::settings() const {
-    return {path(), folder_ / "system.mdw", "reader", "password"};
-}
-
-std::vector<Use> StandInLibrary::takeRecord() {
-    const std::vector<Use> all = readRecord(folder_.read(recordName));
-    std::vector<Use> fresh(all.begin() + static_cast<std::ptrdiff_t>(taken_), all.end());
-    taken_ = all.size();
-    return fresh;
-}
-
-contract::MadeLibrary standInLibrary() {
-    if (!isStandInRegistered()) {
-        return {nullptr, "the stand-in for ADO is registered in the suite's own Wine session only"};
-    }
-    return {std::make_unique<StandInLibrary>(), {}};
-}
 
 std::vector<Use> readRecord(const std::string& text) {
     std::vector<Use> uses;
@@ -61,6 +29,46 @@ std::vector<Use> readRecord(const std::string& text) {
         }
     }
     return uses;
+}
+
+}  // namespace
+
+bool isStandInRegistered() {
+    CLSID registered{};
+    CLSID standIn{};
+    return SUCCEEDED(::CLSIDFromProgID(L"ADODB.Connection", &registered)) &&
+           SUCCEEDED(::CLSIDFromString(standInClass, &standIn)) && registered == standIn;
+}
+
+AdoRecord::AdoRecord(std::string file) : file_(std::move(file)) {
+    ::SetEnvironmentVariableW(recordVariable, std::filesystem::path(file_).c_str());
+}
+
+AdoRecord::~AdoRecord() {
+    ::SetEnvironmentVariableW(recordVariable, nullptr);
+}
+
+std::vector<Use> AdoRecord::take() {
+    std::ifstream file(file_, std::ios::binary);
+    const std::vector<Use> all = readRecord({std::istreambuf_iterator<char>(file), {}});
+    std::vector<Use> fresh(all.begin() + static_cast<std::ptrdiff_t>(taken_), all.end());
+    taken_ = all.size();
+    return fresh;
+}
+
+StandInLibrary::StandInLibrary() {
+    platform::createLibrary(path());
+}
+
+platform::ConnectionSettings StandInLibrary::settings() const {
+    return {path(), folder_ / "system.mdw", "reader", "password"};
+}
+
+contract::MadeLibrary standInLibrary() {
+    if (!isStandInRegistered()) {
+        return {nullptr, "the stand-in for ADO is registered in the suite's own Wine session only"};
+    }
+    return {std::make_unique<StandInLibrary>(), {}};
 }
 
 std::vector<std::string> statementsOf(const std::vector<Use>& record) {

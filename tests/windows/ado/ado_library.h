@@ -19,24 +19,39 @@ bool isStandInRegistered();
 /// One line of the stand-in's record: the member and its arguments.
 using Use = std::vector<std::string>;
 
+/// What is asked of the stand-in while this lives, written to a file.
+class AdoRecord {
+  public:
+    explicit AdoRecord(std::string file);
+    AdoRecord(const AdoRecord&) = delete;
+    AdoRecord& operator=(const AdoRecord&) = delete;
+    ~AdoRecord();
+
+    /// What was recorded since the last call.
+    std::vector<Use> take();
+
+  private:
+    std::string file_;
+    std::size_t taken_ = 0;
+};
+
 /// A library on disk behind the stand-in, with what was asked of it.
 class StandInLibrary : public contract::Library {
   public:
     StandInLibrary();
-    ~StandInLibrary() override;
 
     platform::DatabaseEngine& engine() override { return engine_; }
     [[nodiscard]] platform::ConnectionSettings settings() const override;
     [[nodiscard]] std::string path() const { return folder_ / "library.db"; }
 
     /// What was recorded since the last call.
-    std::vector<Use> takeRecord();
+    std::vector<Use> takeRecord() { return record_.take(); }
 
   private:
     platform::windows::ComApartment apartment_;
     fakes::TemporaryFolder folder_;
+    AdoRecord record_{folder_ / "ado.record"};
     platform::windows::AdoEngine engine_;
-    std::size_t taken_ = 0;
 };
 
 contract::MadeLibrary standInLibrary();
@@ -47,8 +62,5 @@ contract::MadeLibrary jetLibrary();
 /// The recorded statements as the engines' trace tells them: texts, and BEGIN, COMMIT and ROLLBACK
 /// TRANSACTION.
 std::vector<std::string> statementsOf(const std::vector<Use>& record);
-
-/// The lines of a record file.
-std::vector<Use> readRecord(const std::string& text);
 
 }  // namespace ado_tests

@@ -14,11 +14,28 @@ namespace {
 using platform::windows::Argument;
 using platform::windows::Dispatch;
 
+/// Jet inserts one row at a time.
+void addStatement(const std::string& statement, std::vector<std::string>& statements) {
+    static const std::regex insertion("\\s*(INSERT INTO \\w+ \\([^)]*\\)\\s+VALUES)(.*)");
+    static const std::regex row("\\([^)]*\\)");
+    std::smatch parts;
+    if (std::regex_match(statement, parts, insertion)) {
+        const std::string rows = parts[2];
+        for (auto found = std::sregex_iterator(rows.begin(), rows.end(), row);
+             found != std::sregex_iterator(); ++found) {
+            statements.push_back(parts[1].str() + " " + found->str());
+        }
+    } else if (statement.find("CREATE") != std::string::npos) {
+        statements.push_back(statement);
+    }
+}
+
 /// The statements of the library's schema in Jet's own words; what only concerns SQLite is left out.
 std::vector<std::string> jetSchema() {
     // A sentence may be longer than a Text column holds, and a Memo column cannot be compared as a key.
     static const std::vector<std::pair<std::regex, std::string>> words = {
         {std::regex("--[^\n]*"), ""},
+        {std::regex("INSERT OR ROLLBACK"), "INSERT"},
         {std::regex("PRAGMA[^;]*;|BEGIN;|COMMIT;"), ""},
         {std::regex("INTEGER PRIMARY KEY AUTOINCREMENT"), "COUNTER PRIMARY KEY"},
         {std::regex("content TEXT COLLATE NOCASE"), "content MEMO"},
@@ -32,10 +49,7 @@ std::vector<std::string> jetSchema() {
     }
     std::vector<std::string> statements;
     for (const std::string_view statement : base::split(text, ';')) {
-        const std::string plain = base::replaceAll(statement, "\n", " ");
-        if (plain.find("CREATE") != std::string::npos) {
-            statements.push_back(plain);
-        }
+        addStatement(base::replaceAll(statement, "\n", " "), statements);
     }
     return statements;
 }
