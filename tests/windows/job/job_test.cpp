@@ -59,7 +59,7 @@ TEST_P(WindowsJob, LogsWhyAPluginCannotBeCreated) {
 TEST_P(WindowsJob, LogsTheErrorOfAnObjectThatIsNoPlugin) {
     registerPlugin("txt", "TyTest.Probe");
     statementsOf(1);
-    EXPECT_NE(logText().find("ERROR Indexing failed - TyTest.Probe.SetDocumentID: "), std::string::npos)
+    EXPECT_NE(logText().find("SetDocumentID failed. - TyTest.Probe.SetDocumentID: "), std::string::npos)
         << logText();
 }
 
