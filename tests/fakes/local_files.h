@@ -18,6 +18,9 @@ class LocalFiles : public platform::FileSystem {
 
     void deleteFile(const std::string& path) override {
         std::error_code error;
+        // Where a file's own permissions bind, a read-only one could not be deleted.
+        std::filesystem::permissions(path, std::filesystem::perms::owner_write,
+                                     std::filesystem::perm_options::add, error);
         const bool folder = std::filesystem::is_directory(path, error);
         if (folder || !std::filesystem::remove(path, error)) {
             fail("cannot delete " + path + ": " + (error ? error.message() : "no such file"));
@@ -39,7 +42,10 @@ class LocalFiles : public platform::FileSystem {
 
     void append(const std::string& path, const std::string& bytes) override {
         std::ofstream file(path, std::ios::binary | std::ios::app);
-        if (!file || !(file << bytes) || !file.flush()) {
+        if (!file) {
+            fail("cannot open " + path + " for appending");
+        }
+        if (!(file << bytes) || !file.flush()) {
             fail("cannot append to " + path);
         }
     }

@@ -57,6 +57,10 @@ void WindowsFiles::deleteFile(const std::string& path) {
     constexpr bool readOnlyToo = true;
     const std::array<base::Variant, 2> arguments{base::Variant(path), base::Variant(readOnlyToo)};
     deleter_->callByValue("DeleteFile", arguments);
+    // Not every system's object minds that a path leads to a folder.
+    if (::GetFileAttributesW(toUtf16(path).c_str()) != INVALID_FILE_ATTRIBUTES) {
+        throw windowsError(ERROR_ACCESS_DENIED, "cannot delete " + path);
+    }
 }
 
 std::uint32_t WindowsFiles::temporaryFolder(std::uint32_t size, char* path) {

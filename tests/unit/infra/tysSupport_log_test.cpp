@@ -153,7 +153,7 @@ TEST_F(WriteLog, DoesNotTouchTheFileForALevelThatIsOff) {
 TEST_F(WriteLog, DropsALineThatCannotBeWritten) {
     services.support.setLogFilePath(parts.folder / "missing/service.log");
     EXPECT_NO_THROW(services.support.WriteLog("lost", LogLevel::interest));
-    services.support.setLogFilePath("/dev/full");
+    services.support.setLogFilePath(parts.folder.path());
     EXPECT_NO_THROW(services.support.WriteLog("lost", LogLevel::interest));
     EXPECT_EQ(parts.files.appends, 2);
 }
