@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <string_view>
 
 namespace job_tests {
 namespace {
@@ -16,26 +17,35 @@ namespace {
 constexpr std::chrono::seconds deadline{90};
 constexpr DWORD pause = 20;  // milliseconds between two looks
 
+enum class Kind { window, messageBox };
+
 struct Search {
     DWORD process;
+    Kind kind;
     HWND found;
 };
 
-BOOL CALLBACK isItsWindow(HWND window, LPARAM parameter) {
+bool isMessageBox(HWND window) {
+    std::array<wchar_t, 16> name{};
+    ::GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    return std::wstring_view(name.data()) == L"#32770";
+}
+
+BOOL CALLBACK look(HWND window, LPARAM parameter) {
     auto& search = *reinterpret_cast<Search*>(parameter);
     DWORD owner = 0;
     ::GetWindowThreadProcessId(window, &owner);
     if (owner == search.process && ::IsWindowVisible(window) != FALSE &&
-        ::GetWindow(window, GW_OWNER) == nullptr) {
+        isMessageBox(window) == (search.kind == Kind::messageBox)) {
         search.found = window;
         return FALSE;
     }
     return TRUE;
 }
 
-HWND windowOf(DWORD process) {
-    Search search{process, nullptr};
-    ::EnumWindows(isItsWindow, reinterpret_cast<LPARAM>(&search));
+HWND windowOf(DWORD process, Kind kind) {
+    Search search{process, kind, nullptr};
+    ::EnumWindows(look, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
 
@@ -76,8 +86,14 @@ bool RunningProgram::runsUntil(const std::function<bool()>& condition) {
 
 bool RunningProgram::closeWindow() {
     HWND window = nullptr;
-    return runsUntil([&] { return (window = windowOf(id_)) != nullptr; }) &&
+    return runsUntil([&] { return (window = windowOf(id_, Kind::window)) != nullptr; }) &&
            ::PostMessageW(window, WM_CLOSE, 0, 0) != FALSE;
+}
+
+bool RunningProgram::answerMessage() {
+    HWND box = nullptr;
+    return runsUntil([&] { return (box = windowOf(id_, Kind::messageBox)) != nullptr; }) &&
+           ::PostMessageW(box, WM_COMMAND, IDOK, 0) != FALSE;
 }
 
 std::optional<unsigned long> RunningProgram::waitForEnd() {

@@ -22,6 +22,9 @@ class RunningProgram {
     /// Closes its window as its operator does; false when it shows none.
     bool closeWindow();
 
+    /// Answers the message box that it shows with OK; false when it shows none.
+    bool answerMessage();
+
     /// Its exit status; empty when it does not end before the deadline.
     std::optional<unsigned long> waitForEnd();
 
