@@ -11,7 +11,7 @@ namespace platform::windows {
 
 struct AdoTrace;
 
-class AdoConnection : public Connection {
+class AdoConnection final : public Connection {
   public:
     /// Raises a RuntimeError with the provider's description when the library cannot be opened.
     AdoConnection(const ConnectionSettings& settings, std::shared_ptr<AdoTrace> trace);

@@ -15,7 +15,7 @@ namespace platform::windows {
 
 struct AdoTrace;
 
-class AdoRecordset : public Recordset {
+class AdoRecordset final : public Recordset {
   public:
     /// A closed one.
     explicit AdoRecordset(std::shared_ptr<AdoTrace> trace);
