@@ -59,6 +59,9 @@ contract::MadeLibrary standInLibrary();
 /// A new .mdb, made by Jet itself with the library's tables.
 contract::MadeLibrary jetLibrary();
 
+/// The statements that make the library's tables with their first rows, in Jet's words.
+std::vector<std::string> jetSchema();
+
 /// The recorded statements as the engines' trace tells them: texts, and BEGIN, COMMIT and ROLLBACK
 /// TRANSACTION.
 std::vector<std::string> statementsOf(const std::vector<Use>& record);

@@ -30,30 +30,6 @@ void addStatement(const std::string& statement, std::vector<std::string>& statem
     }
 }
 
-/// The statements of the library's schema in Jet's own words; what only concerns SQLite is left out.
-std::vector<std::string> jetSchema() {
-    // A sentence may be longer than a Text column holds, and a Memo column cannot be compared as a key.
-    static const std::vector<std::pair<std::regex, std::string>> words = {
-        {std::regex("--[^\n]*"), ""},
-        {std::regex("INSERT OR ROLLBACK"), "INSERT"},
-        {std::regex("PRAGMA[^;]*;|BEGIN;|COMMIT;"), ""},
-        {std::regex("INTEGER PRIMARY KEY AUTOINCREMENT"), "COUNTER PRIMARY KEY"},
-        {std::regex("content TEXT COLLATE NOCASE"), "content MEMO"},
-        {std::regex("TEXT COLLATE NOCASE"), "TEXT(255)"},
-        {std::regex("NUMBER"), "DOUBLE"},
-        {std::regex("BOOLEAN NOT NULL DEFAULT ([01]) CHECK \\([^)]*\\([^)]*\\)\\)"), "YESNO DEFAULT $1"},
-        {std::regex("\\(datetime\\('now', 'localtime'\\)\\)"), "Now()"}};
-    std::string text(platform::librarySchema());
-    for (const auto& [from, to] : words) {
-        text = std::regex_replace(text, from, to);
-    }
-    std::vector<std::string> statements;
-    for (const std::string_view statement : base::split(text, ';')) {
-        addStatement(base::replaceAll(statement, "\n", " "), statements);
-    }
-    return statements;
-}
-
 class JetLibrary : public contract::Library {
   public:
     JetLibrary() {
@@ -81,6 +57,30 @@ class JetLibrary : public contract::Library {
 };
 
 }  // namespace
+
+/// The statements of the library's schema in Jet's own words; what only concerns SQLite is left out.
+std::vector<std::string> jetSchema() {
+    // A sentence may be longer than a Text column holds, and a Memo column cannot be compared as a key.
+    static const std::vector<std::pair<std::regex, std::string>> words = {
+        {std::regex("--[^\n]*"), ""},
+        {std::regex("INSERT OR ROLLBACK"), "INSERT"},
+        {std::regex("PRAGMA[^;]*;|BEGIN;|COMMIT;"), ""},
+        {std::regex("INTEGER PRIMARY KEY AUTOINCREMENT"), "COUNTER PRIMARY KEY"},
+        {std::regex("content TEXT COLLATE NOCASE"), "content MEMO"},
+        {std::regex("TEXT COLLATE NOCASE"), "TEXT(255)"},
+        {std::regex("NUMBER"), "DOUBLE"},
+        {std::regex("BOOLEAN NOT NULL DEFAULT ([01]) CHECK \\([^)]*\\([^)]*\\)\\)"), "YESNO DEFAULT $1"},
+        {std::regex("\\(datetime\\('now', 'localtime'\\)\\)"), "Now()"}};
+    std::string text(platform::librarySchema());
+    for (const auto& [from, to] : words) {
+        text = std::regex_replace(text, from, to);
+    }
+    std::vector<std::string> statements;
+    for (const std::string_view statement : base::split(text, ';')) {
+        addStatement(base::replaceAll(statement, "\n", " "), statements);
+    }
+    return statements;
+}
 
 contract::MadeLibrary jetLibrary() {
     if (isStandInRegistered()) {
