@@ -1,6 +1,7 @@
 // tyindexer-stages: runs the queued documents through the indexer, as the service does with everything but
 // its window, and prints as JSON how long each part of the work took. Settings and plug-ins come from the
-// same places as the service's.
+// same places as the service's. With --in-process the text plug-in's code runs in this
+// process, so that every run over the same documents takes the same instructions.
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -9,7 +10,9 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
+#include "bench/in_process_plugins.h"
 #include "bench/stopwatch.h"
 #include "bench/timed_database.h"
 #include "bench/timed_parts.h"
@@ -32,29 +35,32 @@ using platform::CursorType;
 using platform::LockType;
 
 nlohmann::json described(const bench::Stage& stage) {
-    return {{"calls", stage.calls}, {"seconds", stage.seconds()}};
+    return {{"calls", stage.calls},
+            {"seconds", stage.seconds()},
+            {"longest", std::chrono::duration<double>(stage.longest).count()}};
 }
 
 class StagedService {
   public:
-    StagedService() { toolkit_.createForm("Main", "stages", 0, 0); }
+    explicit StagedService(platform::AutomationFactory& plugins) : plugins_(plugins) {
+        toolkit_.createForm("Main", "stages", 0, 0);
+    }
 
     nlohmann::json run() {
         bench::Stage all;
-        std::uint32_t documents = 0;
         {
             const bench::Timing timing(all);
             infra::tysDataBase window(services_);
             window.initialise();
             while (const auto id = claim(window)) {
+                const bench::Timing document(documents_);
                 if (!indexer_.DoIndex(*id)) {
                     throw std::runtime_error("queue entry " + std::to_string(*id) + " failed");
                 }
-                ++documents;
             }
             window.finalise();
         }
-        return report(documents, all);
+        return report(all);
     }
 
   private:
@@ -72,22 +78,25 @@ class StagedService {
         return id;
     }
 
-    nlohmann::json report(std::uint32_t documents, const bench::Stage& all) const {
+    nlohmann::json report(const bench::Stage& all) const {
         bench::Stage statements;
         nlohmann::json kinds;
         databaseStages_.forEachKind([&](const std::string& name, const bench::Stage& stage) {
             kinds[name] = described(stage);
             statements.calls += stage.calls;
             statements.time += stage.time;
+            statements.longest = std::max(statements.longest, stage.longest);
         });
         bench::Stage rest = all;
         for (const bench::Stage& stage : {plugin_, settingsStage_, log_, statements, databaseStages_.begin,
                                           databaseStages_.commit, databaseStages_.openAndClose}) {
             rest.time -= stage.time;
         }
-        rest.calls = documents;
-        return {{"documents", documents},
+        rest.calls = documents_.calls;
+        rest.longest = {};  // what is left over is no call
+        return {{"documents", documents_.calls},
                 {"seconds", all.seconds()},
+                {"document", described(documents_)},
                 {"stages",
                  {{"plug-in", described(plugin_)},
                   {"words and engine", described(rest)},
@@ -100,6 +109,7 @@ class StagedService {
                 {"statements", kinds}};
     }
 
+    bench::Stage documents_;
     bench::Stage plugin_;
     bench::Stage settingsStage_;
     bench::Stage log_;
@@ -111,7 +121,7 @@ class StagedService {
     platform::posix::NoDrives drives_;
     platform::posix::SystemClock clock_;
     platform::SqliteEngine engine_;
-    platform::posix::PluginFactory plugins_{platform::posix::pluginFolders(process_.programDirectory()), {}};
+    platform::AutomationFactory& plugins_;
     platform::posix::SignalWaiter waiter_;
     platform::headless::HeadlessToolkit toolkit_{waiter_};
 
@@ -126,9 +136,21 @@ class StagedService {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    const std::string_view option = argc > 1 ? argv[1] : "";
+    if (argc > 2 || (argc == 2 && option != "--in-process")) {
+        std::cerr << "usage: tyindexer-stages [--in-process]\n";
+        return 2;
+    }
     try {
-        std::cout << StagedService().run().dump(2) << '\n';
+        bench::InProcessPlugins inProcess;
+        platform::posix::PluginFactory processes(
+            platform::posix::pluginFolders(platform::posix::PosixProcess().programDirectory()), {});
+        platform::AutomationFactory* plugins = &processes;
+        if (argc == 2) {
+            plugins = &inProcess;
+        }
+        std::cout << StagedService(*plugins).run().dump(2) << '\n';
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "tyindexer-stages: " << error.what() << '\n';

@@ -2,6 +2,7 @@
 // it.
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 
@@ -10,7 +11,12 @@ namespace bench {
 struct Stage {
     std::uint64_t calls = 0;
     std::chrono::nanoseconds time{0};
+    std::chrono::nanoseconds longest{0};  // of one call
 
+    void add(std::chrono::nanoseconds taken) {
+        time += taken;
+        longest = std::max(longest, taken);
+    }
     [[nodiscard]] double seconds() const { return std::chrono::duration<double>(time).count(); }
 };
 
@@ -21,7 +27,7 @@ class Timing {
     Timing(const Timing&) = delete;
     Timing& operator=(const Timing&) = delete;
     ~Timing() {
-        stage_.time += std::chrono::steady_clock::now() - start_;
+        stage_.add(std::chrono::steady_clock::now() - start_);
         ++stage_.calls;
     }
 

@@ -150,6 +150,7 @@ void DatabaseStages::forEachKind(
         Stage& stage = named[shortName(kind.example)];
         stage.calls += kind.stage.calls;
         stage.time += kind.stage.time;
+        stage.longest = std::max(stage.longest, kind.stage.longest);
     }
     for (const auto& [name, stage] : named) {
         take(name, stage);

@@ -40,6 +40,12 @@ class Main {
     /// Brings the service up and enables the polling timer. Ends the process when a step fails.
     void start();
 
+    /// Takes the interval as if it were typed into the window.
+    void takePollInterval(std::string_view seconds) { txtPollInterval_.setText(seconds); }
+
+    /// Closes the window, as its Exit button does.
+    void close() { form_.close(); }
+
     /// Puts a line with the time on top of the status list, which keeps the 50 newest, and echoes it to the
     /// log where the operator asked for that. Raises nothing.
     void SetStatus(std::string_view message);

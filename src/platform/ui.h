@@ -111,6 +111,7 @@ class Form : public Control {
 
     [[nodiscard]] virtual WindowState windowState() const = 0;
     [[nodiscard]] virtual bool visible() const = 0;
+    /// A window that closes stays hidden.
     virtual void show() = 0;
     virtual void hide() = 0;
 

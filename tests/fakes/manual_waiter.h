@@ -1,11 +1,11 @@
 // Time for a headless window that moves only when a test says so.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <stdexcept>
 
-#include "platform/headless/headless_toolkit.h"
 #include "platform/waiter.h"
 
 namespace fakes {
@@ -25,7 +25,8 @@ class ManualWaiter : public platform::Waiter {
     [[nodiscard]] bool closeRequested() override { return close; }
 
     /// Lets time pass; ticks and waiting events are handled in order, each at its own moment.
-    void advance(platform::headless::HeadlessToolkit& toolkit, Milliseconds time) {
+    template <class Toolkit>
+    void advance(Toolkit& toolkit, Milliseconds time) {
         const Milliseconds target = moment + time;
         toolkit.processEvents();
         for (auto next = toolkit.nextTick(); next && *next <= target; next = toolkit.nextTick()) {

@@ -8,6 +8,7 @@
 
 #include "infra/tysRegistry.h"
 #include "platform/sqlite/library_schema.h"
+#include "platform/sqlite/sqlite_engine.h"
 #include "tyctl/commands.h"
 #include "tyctl/console.h"
 #include "tyctl/failure.h"
@@ -40,6 +41,18 @@ fs::path defaultLibrary() {
     return fs::path(home) / ".local" / "share" / "tessaly" / "library.db";
 }
 
+void requireLibrary(const fs::path& file) {
+    try {
+        platform::SqliteEngine engine;
+        platform::ConnectionSettings source;
+        source.dataSource = file.string();
+        engine.open(source)->close();
+    } catch (const std::exception& error) {
+        throw Failure("cannot keep " + file.string() + ": " + error.what() +
+                      "; name a library, or leave --keep away and give a path where none is yet");
+    }
+}
+
 /// True when a library was made.
 bool prepareLibrary(const fs::path& library, bool keep) {
     std::error_code error;
@@ -49,6 +62,7 @@ bool prepareLibrary(const fs::path& library, bool keep) {
                       " exists; give another path, or --keep to write only the settings for it");
     }
     if (exists) {
+        requireLibrary(library);
         return false;
     }
     if (keep) {

@@ -32,6 +32,7 @@ int main(int argc, char** argv) {
     CLI::App program("Sets up a document library, queues documents for indexing and searches them.", "tyctl");
     program.require_subcommand(1);
     program.failure_message(CLI::FailureMessage::simple);
+    program.set_version_flag("--version", "tyctl " TYINDEXER_VERSION);
     program.footer("The settings are those of the user, or of the file that $TYINDEXER_SETTINGS names.");
     int status = tyctl::succeeded;
     try {

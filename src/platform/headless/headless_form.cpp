@@ -78,6 +78,28 @@ void HeadlessTimer::tick() {
     call(ticked_);
 }
 
+std::optional<Milliseconds> nextTickOf(const std::vector<HeadlessTimer*>& timers) {
+    std::optional<Milliseconds> next;
+    for (const HeadlessTimer* timer : timers) {
+        const std::optional<Milliseconds> due = timer->due();
+        if (due && (!next || *due < *next)) {
+            next = due;
+        }
+    }
+    return next;
+}
+
+HeadlessTimer* dueAt(Milliseconds moment, const std::vector<HeadlessTimer*>& timers) {
+    HeadlessTimer* first = nullptr;
+    for (HeadlessTimer* timer : timers) {
+        const std::optional<Milliseconds> due = timer->due();
+        if (due && *due <= moment && (first == nullptr || *due < *first->due())) {
+            first = timer;
+        }
+    }
+    return first;
+}
+
 template <class Kind>
 Kind& HeadlessForm::keep(std::unique_ptr<Kind> control) {
     Kind& kept = *control;

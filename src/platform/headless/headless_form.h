@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -131,6 +132,12 @@ class HeadlessTimer final : public Named<Timer> {
     Handler ticked_;
 };
 
+/// The moment of the next tick of any of the timers; nothing when all are off.
+[[nodiscard]] std::optional<Milliseconds> nextTickOf(const std::vector<HeadlessTimer*>& timers);
+
+/// The timer that has waited longest for its tick at that moment; none when none is due.
+[[nodiscard]] HeadlessTimer* dueAt(Milliseconds moment, const std::vector<HeadlessTimer*>& timers);
+
 class HeadlessForm final : public Named<Form> {
   public:
     HeadlessForm(HeadlessToolkit& toolkit, Waiter& waiter, std::string_view name, std::string_view caption,
@@ -146,7 +153,7 @@ class HeadlessForm final : public Named<Form> {
 
     [[nodiscard]] WindowState windowState() const override { return state_; }
     [[nodiscard]] bool visible() const override { return visible_; }
-    void show() override { visible_ = true; }
+    void show() override { visible_ = !closing_; }
     void hide() override { visible_ = false; }
     void onResize(Handler handler) override { resized_ = std::move(handler); }
     void close() override;

@@ -83,14 +83,7 @@ void HeadlessToolkit::closeWindow() {
 }
 
 std::optional<Milliseconds> HeadlessToolkit::nextTick() const {
-    std::optional<Milliseconds> next;
-    for (const HeadlessTimer* timer : form().timers()) {
-        const std::optional<Milliseconds> due = timer->due();
-        if (due && (!next || *due < *next)) {
-            next = due;
-        }
-    }
-    return next;
+    return nextTickOf(form().timers());
 }
 
 void HeadlessToolkit::printToStandardError(std::string_view text) {
@@ -100,17 +93,7 @@ void HeadlessToolkit::printToStandardError(std::string_view text) {
 }
 
 HeadlessTimer* HeadlessToolkit::timerDueAt(Milliseconds moment) const {
-    if (form_ == nullptr || closing()) {
-        return nullptr;
-    }
-    HeadlessTimer* first = nullptr;
-    for (HeadlessTimer* timer : form_->timers()) {
-        const std::optional<Milliseconds> due = timer->due();
-        if (due && *due <= moment && (first == nullptr || *due < *first->due())) {
-            first = timer;
-        }
-    }
-    return first;
+    return form_ == nullptr || closing() ? nullptr : dueAt(moment, form_->timers());
 }
 
 void HeadlessToolkit::handle(const Event& event) {

@@ -52,6 +52,9 @@ class SignalWaiter : public Waiter {
     void wait(std::optional<Milliseconds> until) override;
     [[nodiscard]] bool closeRequested() override;
 
+    /// Can be read from as soon as a signal has come, for a toolkit that waits for other events too.
+    [[nodiscard]] int descriptor() const { return pipe_.readEnd(); }
+
   private:
     void readSignals();
 

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <bit>
 #include <string>
 
 #include "platform/windows/utf16.h"
@@ -30,7 +31,7 @@ ProcessHandle WindowsProcess::currentProcess() {
 }
 
 bool WindowsProcess::setPriorityClass(ProcessHandle process, PriorityClass priority) {
-    const auto handle = reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(process));
+    const auto handle = std::bit_cast<HANDLE>(static_cast<LONG_PTR>(process));
     return ::SetPriorityClass(handle, static_cast<DWORD>(priority)) != FALSE;
 }
 

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <bit>
 #include <vector>
 
 #include "platform/windows/ansi_text.h"
@@ -13,11 +14,11 @@ namespace {
 
 HKEY rootOf(RootKey root) {
     // The predefined handles are signed: a wider pointer repeats their highest bit.
-    return reinterpret_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(root)));
+    return std::bit_cast<HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(root)));
 }
 
 HKEY keyOf(KeyHandle key) {
-    return reinterpret_cast<HKEY>(static_cast<ULONG_PTR>(key));
+    return std::bit_cast<HKEY>(static_cast<ULONG_PTR>(key));
 }
 
 KeyHandle handleOf(HKEY key) {

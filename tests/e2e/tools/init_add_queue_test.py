@@ -50,6 +50,15 @@ class InitTest(TyctlTest):
     def test_does_not_keep_what_is_not_there(self):
         self.assertIn("does not exist", self.tyctl("init", self.library, "--keep", status=1).stderr)
 
+    def test_keeps_nothing_that_is_no_library(self):
+        file = self.write("notes.txt", "mine")
+        self.assertIn("notes.txt", self.tyctl("init", file, "--keep", status=1).stderr)
+        self.assertEqual(pathlib.Path(file).read_text(), "mine")
+        self.assertFalse((self.folder / "settings.db").exists())
+
+    def test_tells_its_version(self):
+        self.assertRegex(self.tyctl("--version").stdout, r"^tyctl \d+\.\d+\.\d+\n$")
+
     def test_puts_the_library_into_the_users_data_folder_by_default(self):
         self.tyctl("init")
         self.assertTrue((self.folder / "data/tessaly/library.db").is_file())

@@ -13,7 +13,9 @@ using testing::StartsWith;
 
 using PollingCycle = Window;
 
-TEST_F(PollingCycle, AnEmptyQueueIsLookedAtAndTheTimerGoesOn) {
+INSTANTIATE_TEST_SUITE_P(Toolkits, PollingCycle, testing::Values(headlessToolkit, screenToolkit), toolkitName);
+
+TEST_P(PollingCycle, AnEmptyQueueIsLookedAtAndTheTimerGoesOn) {
     startQuietly();
     tick();
     EXPECT_THAT(log(), ElementsAre("Crash Detect: Main.Timer Fire", "Crash Detect: Main.SetStatus",
@@ -27,7 +29,7 @@ TEST_F(PollingCycle, AnEmptyQueueIsLookedAtAndTheTimerGoesOn) {
     EXPECT_THAT(outcomes, ElementsAre(CycleOutcome::nothingToDo));
 }
 
-TEST_F(PollingCycle, AnEntryIsClaimedBeforeItIsProcessed) {
+TEST_P(PollingCycle, AnEntryIsClaimedBeforeItIsProcessed) {
     library.queue(7);
     startQuietly();
     job = [this](std::int32_t) {
@@ -49,7 +51,7 @@ TEST_F(PollingCycle, AnEntryIsClaimedBeforeItIsProcessed) {
     EXPECT_THAT(outcomes, ElementsAre(CycleOutcome::entryClaimed));
 }
 
-TEST_F(PollingCycle, OnlyOneEntryIsTakenPerCycle) {
+TEST_P(PollingCycle, OnlyOneEntryIsTakenPerCycle) {
     library.queue(1);
     library.queue(2);
     start();
@@ -59,7 +61,7 @@ TEST_F(PollingCycle, OnlyOneEntryIsTakenPerCycle) {
     EXPECT_THAT(jobs, ElementsAre(1, 2));
 }
 
-TEST_F(PollingCycle, LeftoversAreDroppedOnEveryTickUntilAnEntryIsClaimed) {
+TEST_P(PollingCycle, LeftoversAreDroppedOnEveryTickUntilAnEntryIsClaimed) {
     library.queue(1, true);
     start();
     tick();
@@ -73,7 +75,7 @@ TEST_F(PollingCycle, LeftoversAreDroppedOnEveryTickUntilAnEntryIsClaimed) {
     EXPECT_THAT(library.entries(), ElementsAre("3 claimed", "4 claimed"));
 }
 
-TEST_F(PollingCycle, AnIdOfZeroClaimsNothing) {
+TEST_P(PollingCycle, AnIdOfZeroClaimsNothing) {
     library.run("INSERT INTO file_index_queue (id, flag_dirty) VALUES (0, 0)");
     startQuietly();
     tick();
@@ -83,7 +85,7 @@ TEST_F(PollingCycle, AnIdOfZeroClaimsNothing) {
     EXPECT_THAT(outcomes, ElementsAre(CycleOutcome::nothingToDo));
 }
 
-TEST_F(PollingCycle, ANullIdClaimsNothing) {
+TEST_P(PollingCycle, ANullIdClaimsNothing) {
     library.run(
         "DROP TABLE file_index_queue; CREATE TABLE file_index_queue (id LONG, flag_dirty BOOLEAN);"
         "INSERT INTO file_index_queue VALUES (NULL, 0)");
@@ -94,7 +96,7 @@ TEST_F(PollingCycle, ANullIdClaimsNothing) {
     EXPECT_EQ(log().back(), "Crash Detect: Main.Timer Action Complete");
 }
 
-TEST_F(PollingCycle, AFailedJobLeavesAStatusAndTheCycleGoesOn) {
+TEST_P(PollingCycle, AFailedJobLeavesAStatusAndTheCycleGoesOn) {
     library.queue(1);
     startQuietly();
     job = [](std::int32_t) { return false; };
@@ -105,7 +107,7 @@ TEST_F(PollingCycle, AFailedJobLeavesAStatusAndTheCycleGoesOn) {
     EXPECT_THAT(outcomes, ElementsAre(CycleOutcome::entryClaimed));
 }
 
-TEST_F(PollingCycle, AnErrorOfTheJobIsLoggedAndTheLibraryOpenedAnew) {
+TEST_P(PollingCycle, AnErrorOfTheJobIsLoggedAndTheLibraryOpenedAnew) {
     library.queue(1);
     library.queue(2);
     startQuietly();
@@ -129,7 +131,7 @@ TEST_F(PollingCycle, AnErrorOfTheJobIsLoggedAndTheLibraryOpenedAnew) {
     EXPECT_THAT(library.entries(), ElementsAre("1 claimed", "2 claimed"));
 }
 
-TEST_F(PollingCycle, AFailingStatementIsLoggedAndTheTimerGoesOn) {
+TEST_P(PollingCycle, AFailingStatementIsLoggedAndTheTimerGoesOn) {
     startQuietly();
     library.run("ALTER TABLE file_index_queue RENAME COLUMN flag_dirty TO gone");
     tick();
@@ -142,7 +144,7 @@ TEST_F(PollingCycle, AFailingStatementIsLoggedAndTheTimerGoesOn) {
     EXPECT_THAT(jobs, ElementsAre(1));
 }
 
-TEST_F(PollingCycle, AnErrorWhileTheLibraryIsClosedEndsTheProgram) {
+TEST_P(PollingCycle, AnErrorWhileTheLibraryIsClosedEndsTheProgram) {
     library.queue(1);
     start();
     job = [this](std::int32_t) -> bool {
@@ -153,7 +155,7 @@ TEST_F(PollingCycle, AnErrorWhileTheLibraryIsClosedEndsTheProgram) {
     EXPECT_FALSE(timer().enabled());
 }
 
-TEST_F(PollingCycle, ALibraryThatCannotBeOpenedAgainEndsTheProcess) {
+TEST_P(PollingCycle, ALibraryThatCannotBeOpenedAgainEndsTheProcess) {
     library.queue(1);
     start();
     job = [this](std::int32_t) -> bool {
@@ -165,7 +167,7 @@ TEST_F(PollingCycle, ALibraryThatCannotBeOpenedAgainEndsTheProcess) {
     EXPECT_EQ(boxes.size(), 1U);
 }
 
-TEST_F(PollingCycle, WithALimitOfOneTheProcessEndsAfterTheSecondEntry) {
+TEST_P(PollingCycle, WithALimitOfOneTheProcessEndsAfterTheSecondEntry) {
     settings.put(infra::indexerKey, "MaxDocsBeforeRestart", 1);
     library.queue(1);
     library.queue(2);
@@ -179,7 +181,7 @@ TEST_F(PollingCycle, WithALimitOfOneTheProcessEndsAfterTheSecondEntry) {
     EXPECT_EQ(engine.record.connectionsClosed, 0);
 }
 
-TEST_F(PollingCycle, WithoutALimitTheProcessNeverRestarts) {
+TEST_P(PollingCycle, WithoutALimitTheProcessNeverRestarts) {
     settings.put(infra::indexerKey, "MaxDocsBeforeRestart", 0);
     start();
     for (int id = 1; id <= 3; ++id) {
@@ -190,7 +192,7 @@ TEST_F(PollingCycle, WithoutALimitTheProcessNeverRestarts) {
     EXPECT_EQ(process.ended, std::nullopt);
 }
 
-TEST_F(PollingCycle, ByDefaultTheProcessEndsAfterTheHundredAndFirstEntry) {
+TEST_P(PollingCycle, ByDefaultTheProcessEndsAfterTheHundredAndFirstEntry) {
     for (int id = 1; id <= 102; ++id) {
         library.queue(id);
     }
@@ -203,7 +205,7 @@ TEST_F(PollingCycle, ByDefaultTheProcessEndsAfterTheHundredAndFirstEntry) {
     EXPECT_EQ(jobs.size(), 101U);
 }
 
-TEST_F(PollingCycle, TheLimitIsReadOnceAtStartUp) {
+TEST_P(PollingCycle, TheLimitIsReadOnceAtStartUp) {
     library.queue(1);
     library.queue(2);
     start();
@@ -213,7 +215,7 @@ TEST_F(PollingCycle, TheLimitIsReadOnceAtStartUp) {
     EXPECT_EQ(process.ended, std::nullopt);
 }
 
-TEST_F(PollingCycle, FractionsOfASecondAreHonouredAtTheEndOfTheCycle) {
+TEST_P(PollingCycle, FractionsOfASecondAreHonouredAtTheEndOfTheCycle) {
     start();
     operatorTypes("txtPollInterval", "2.5");
     EXPECT_EQ(timer().interval(), 1000);
@@ -221,7 +223,7 @@ TEST_F(PollingCycle, FractionsOfASecondAreHonouredAtTheEndOfTheCycle) {
     EXPECT_EQ(timer().interval(), 2500);
 }
 
-TEST_F(PollingCycle, MillisecondsAreRoundedHalvesToEven) {
+TEST_P(PollingCycle, MillisecondsAreRoundedHalvesToEven) {
     start();
     operatorTypes("txtPollInterval", "0.0025");
     tick();
@@ -231,7 +233,7 @@ TEST_F(PollingCycle, MillisecondsAreRoundedHalvesToEven) {
     EXPECT_EQ(timer().interval(), 4);
 }
 
-TEST_F(PollingCycle, APollIntervalThatIsNoNumberIsMetAgainUntilItIsMended) {
+TEST_P(PollingCycle, APollIntervalThatIsNoNumberIsMetAgainUntilItIsMended) {
     library.queue(1);
     startQuietly();
     job = [this](std::int32_t) {
@@ -256,7 +258,7 @@ TEST_F(PollingCycle, APollIntervalThatIsNoNumberIsMetAgainUntilItIsMended) {
     EXPECT_TRUE(timer().enabled());
 }
 
-TEST_F(PollingCycle, TheRestartCheckComesFirstAfterAnErrorToo) {
+TEST_P(PollingCycle, TheRestartCheckComesFirstAfterAnErrorToo) {
     settings.put(infra::indexerKey, "MaxDocsBeforeRestart", 1);
     library.queue(1);
     library.queue(2);
@@ -268,7 +270,7 @@ TEST_F(PollingCycle, TheRestartCheckComesFirstAfterAnErrorToo) {
     EXPECT_EQ(engine.record.connectionsOpened, 2);
 }
 
-TEST_F(PollingCycle, TheEndOfTheProcessInsideTheJobIsNotTrapped) {
+TEST_P(PollingCycle, TheEndOfTheProcessInsideTheJobIsNotTrapped) {
     library.queue(1);
     startQuietly();
     job = [this](std::int32_t) -> bool { process.endProcess(ExitStatus::setupFailed); };
@@ -277,7 +279,7 @@ TEST_F(PollingCycle, TheEndOfTheProcessInsideTheJobIsNotTrapped) {
     EXPECT_EQ(log().back(), "Crash Detect: Main.Timer - Queue entry found");
 }
 
-TEST_F(PollingCycle, AStopInTheMiddleOfAJobIsUndoneByTheCycle) {
+TEST_P(PollingCycle, AStopInTheMiddleOfAJobIsUndoneByTheCycle) {
     library.queue(1);
     start();
     job = [this](std::int32_t) {
@@ -290,18 +292,18 @@ TEST_F(PollingCycle, AStopInTheMiddleOfAJobIsUndoneByTheCycle) {
     EXPECT_EQ(startStop().caption(), "S&tart");
 }
 
-TEST_F(PollingCycle, AStopBetweenCyclesHoldsUntilTheStart) {
+TEST_P(PollingCycle, AStopBetweenCyclesHoldsUntilTheStart) {
     start();
     library.queue(1);
     operatorClicks("cmdStartStop");
-    waiter.advance(toolkit, std::chrono::milliseconds(5000));
+    driver->letTimePass(std::chrono::milliseconds(5000));
     EXPECT_TRUE(jobs.empty());
     operatorClicks("cmdStartStop");
-    waiter.advance(toolkit, std::chrono::milliseconds(1000));
+    driver->letTimePass(std::chrono::milliseconds(1000));
     EXPECT_THAT(jobs, ElementsAre(1));
 }
 
-TEST_F(PollingCycle, CyclesNeverOverlapWhenTheOperatorStopsAndStartsDuringAJob) {
+TEST_P(PollingCycle, CyclesNeverOverlapWhenTheOperatorStopsAndStartsDuringAJob) {
     library.queue(1);
     library.queue(2);
     startQuietly();
@@ -317,7 +319,7 @@ TEST_F(PollingCycle, CyclesNeverOverlapWhenTheOperatorStopsAndStartsDuringAJob) 
     EXPECT_EQ(outcomes.size(), 1U);
 }
 
-TEST_F(PollingCycle, ANewIntervalTypedDuringAJobAppliesFromItsEnd) {
+TEST_P(PollingCycle, ANewIntervalTypedDuringAJobAppliesFromItsEnd) {
     library.queue(1);
     start();
     job = [this](std::int32_t) {
@@ -328,7 +330,7 @@ TEST_F(PollingCycle, ANewIntervalTypedDuringAJobAppliesFromItsEnd) {
     EXPECT_EQ(timer().interval(), 4000);
 }
 
-TEST_F(PollingCycle, ClosingDuringAJobFinishesTheDocumentAndThenShutsDown) {
+TEST_P(PollingCycle, ClosingDuringAJobFinishesTheDocumentAndThenShutsDown) {
     library.queue(1);
     library.queue(2);
     startQuietly();
@@ -346,7 +348,7 @@ TEST_F(PollingCycle, ClosingDuringAJobFinishesTheDocumentAndThenShutsDown) {
     EXPECT_THAT(jobs, ElementsAre(1));
 }
 
-TEST_F(PollingCycle, ASignalDuringAJobFinishesTheDocumentAndThenShutsDown) {
+TEST_P(PollingCycle, ASignalDuringAJobFinishesTheDocumentAndThenShutsDown) {
     library.queue(1);
     startQuietly();
     job = [this](std::int32_t) {
@@ -359,7 +361,7 @@ TEST_F(PollingCycle, ASignalDuringAJobFinishesTheDocumentAndThenShutsDown) {
     EXPECT_EQ(engine.record.connectionsClosed, 1);
 }
 
-TEST_F(PollingCycle, ATextThatIsNoNumberTypedDuringAJobEndsTheProgramPastItsTraps) {
+TEST_P(PollingCycle, ATextThatIsNoNumberTypedDuringAJobEndsTheProgramPastItsTraps) {
     library.queue(1);
     startQuietly();
     job = [this](std::int32_t) {

@@ -18,7 +18,9 @@ class StartUp : public Window {
     }
 };
 
-TEST_F(StartUp, LogsEachStepInOrder) {
+INSTANTIATE_TEST_SUITE_P(Toolkits, StartUp, testing::Values(headlessToolkit, screenToolkit), toolkitName);
+
+TEST_P(StartUp, LogsEachStepInOrder) {
     settings.put(infra::indexerKey, "LoggingOn", 1);
     start();
     EXPECT_THAT(
@@ -30,13 +32,13 @@ TEST_F(StartUp, LogsEachStepInOrder) {
                            "Crash Detect: Main.SetStatus", "UI: Running.", "Interest: Indexer started."));
 }
 
-TEST_F(StartUp, ShowsEachStepWithTheNewestOnTop) {
+TEST_P(StartUp, ShowsEachStepWithTheNewestOnTop) {
     start();
     EXPECT_THAT(status(), ElementsAre("Running.", "Starting timers...", "Connected.",
                                       "Connecting to database...", "Checking for zombies...", "Starting..."));
 }
 
-TEST_F(StartUp, EnablesTheTimerWithOneSecond) {
+TEST_P(StartUp, EnablesTheTimerWithOneSecond) {
     create();
     EXPECT_FALSE(timer().enabled());
     window->start();
@@ -44,45 +46,45 @@ TEST_F(StartUp, EnablesTheTimerWithOneSecond) {
     EXPECT_EQ(timer().interval(), 1000);
 }
 
-TEST_F(StartUp, LeavesThePriorityAtIdleByDefault) {
+TEST_P(StartUp, LeavesThePriorityAtIdleByDefault) {
     start();
     EXPECT_EQ(process.priority, PriorityClass::idle);
     EXPECT_EQ(process.handle, platform::ProcessHandle{-1});
 }
 
-TEST_F(StartUp, HonoursHighInAnyLetterCase) {
+TEST_P(StartUp, HonoursHighInAnyLetterCase) {
     EXPECT_EQ(priorityFor("High"), PriorityClass::high);
     EXPECT_THAT(log(), Contains("Interest: Setting priority class to HIGH."));
 }
 
-TEST_F(StartUp, HonoursNormalInAnyLetterCase) {
+TEST_P(StartUp, HonoursNormalInAnyLetterCase) {
     EXPECT_EQ(priorityFor("NORMAL"), PriorityClass::normal);
     EXPECT_THAT(log(), Contains("Interest: Setting priority class to NORMAL."));
 }
 
-TEST_F(StartUp, TakesAPriorityWithALeadingBlankAsIdle) {
+TEST_P(StartUp, TakesAPriorityWithALeadingBlankAsIdle) {
     EXPECT_EQ(priorityFor(" high"), PriorityClass::idle);
 }
 
-TEST_F(StartUp, TakesIdleAndLowAsIdle) {
+TEST_P(StartUp, TakesIdleAndLowAsIdle) {
     EXPECT_EQ(priorityFor("idle"), PriorityClass::idle);
     EXPECT_EQ(priorityFor("low"), PriorityClass::idle);
 }
 
-TEST_F(StartUp, GoesOnWhenThePriorityIsRefused) {
+TEST_P(StartUp, GoesOnWhenThePriorityIsRefused) {
     process.priorityIsGranted = false;
     start();
     EXPECT_THAT(status(), Contains("Running."));
 }
 
-TEST_F(StartUp, APollIntervalOfZeroBecomesOneInTheBoxAndInTheSettings) {
+TEST_P(StartUp, APollIntervalOfZeroBecomesOneInTheBoxAndInTheSettings) {
     settings.put(infra::indexerKey, "PollInterval", 0);
     start();
     EXPECT_EQ(textBox("txtPollInterval").text(), "1");
     EXPECT_EQ(settings.number(infra::indexerKey, "PollInterval"), 1);
 }
 
-TEST_F(StartUp, APollIntervalThatTheTimerCannotTakeBecomesTheInitialOne) {
+TEST_P(StartUp, APollIntervalThatTheTimerCannotTakeBecomesTheInitialOne) {
     settings.put(infra::indexerKey, "PollInterval", 66);
     start();
     EXPECT_EQ(textBox("txtPollInterval").text(), "1");
@@ -90,7 +92,7 @@ TEST_F(StartUp, APollIntervalThatTheTimerCannotTakeBecomesTheInitialOne) {
     EXPECT_THAT(status(), Contains("Poll interval must be between 0.001 and 65.535 seconds."));
 }
 
-TEST_F(StartUp, WhatDiffersFromTheControlsIsSavedBackUnchanged) {
+TEST_P(StartUp, WhatDiffersFromTheControlsIsSavedBackUnchanged) {
     settings.put(infra::indexerKey, "PollInterval", 5);
     settings.put(infra::indexerKey, "LoggingOn", 1);
     start();
@@ -98,13 +100,13 @@ TEST_F(StartUp, WhatDiffersFromTheControlsIsSavedBackUnchanged) {
                 ElementsAre("LogFilePath=" + (folder / "service.log"), "LoggingOn=1", "PollInterval=5"));
 }
 
-TEST_F(StartUp, DefaultsWriteNothing) {
+TEST_P(StartUp, DefaultsWriteNothing) {
     settings.put(infra::indexerKey, "LogFilePath", "");
     start();
     EXPECT_TRUE(settings.writes.empty());
 }
 
-TEST_F(StartUp, WithoutALogFileLoggingStaysOff) {
+TEST_P(StartUp, WithoutALogFileLoggingStaysOff) {
     settings.put(infra::indexerKey, "LogFilePath", "");
     settings.put(infra::indexerKey, "LoggingOn", 1);
     start();
@@ -112,14 +114,14 @@ TEST_F(StartUp, WithoutALogFileLoggingStaysOff) {
     EXPECT_TRUE(boxes.empty());
 }
 
-TEST_F(StartUp, TakesAGreyedLoggingSwitch) {
+TEST_P(StartUp, TakesAGreyedLoggingSwitch) {
     settings.put(infra::indexerKey, "LoggingOn", 2);
     start();
     EXPECT_EQ(logIt().value(), 2);
     EXPECT_THAT(log(), Not(Contains("UI: Starting...")));
 }
 
-TEST_F(StartUp, AbortsOnALoggingSwitchThatTheCheckBoxCannotTake) {
+TEST_P(StartUp, AbortsOnALoggingSwitchThatTheCheckBoxCannotTake) {
     settings.put(infra::indexerKey, "LoggingOn", 3);
     std::string reason;
     create();
@@ -135,12 +137,12 @@ TEST_F(StartUp, AbortsOnALoggingSwitchThatTheCheckBoxCannotTake) {
     EXPECT_EQ(engine.record.connectionsClosed, 0);
 }
 
-TEST_F(StartUp, WithoutASupervisorTheWindowIsVisible) {
+TEST_P(StartUp, WithoutASupervisorTheWindowIsVisible) {
     start();
     EXPECT_TRUE(visible());
 }
 
-TEST_F(StartUp, UnderASupervisorTheWindowIsHiddenAndPollsAsUsual) {
+TEST_P(StartUp, UnderASupervisorTheWindowIsHiddenAndPollsAsUsual) {
     settings.put(infra::masterKey, "", "present");
     library.queue(1);
     start();
@@ -150,28 +152,28 @@ TEST_F(StartUp, UnderASupervisorTheWindowIsHiddenAndPollsAsUsual) {
     EXPECT_FALSE(visible());
 }
 
-TEST_F(StartUp, AnUnreachableLibraryEndsTheProcessBeforeItIsConnected) {
+TEST_P(StartUp, AnUnreachableLibraryEndsTheProcessBeforeItIsConnected) {
     settings.put(infra::serviceKey, "DataBasePath", folder / "nowhere.db");
     EXPECT_THROW(start(), ProcessEnded);
     EXPECT_EQ(process.ended, ExitStatus::failed);
     EXPECT_FALSE(timer().enabled());
     EXPECT_THAT(status(), ElementsAre("Connecting to database...", "Checking for zombies...", "Starting..."));
     EXPECT_THAT(log().back(), testing::StartsWith("Error: db:init: "));
-    EXPECT_THAT(boxes, ElementsAre("Unable to connect to database: \r\n" + (folder / "nowhere.db") +
-                                   "\r\n\r\nPlease contact your Tessaly system administrator."));
+    EXPECT_THAT(boxes, ElementsAre("Unable to connect to database: \n" + (folder / "nowhere.db") +
+                                   "\n\nPlease contact your Tessaly system administrator."));
 }
 
-TEST_F(StartUp, ClosingTheWindowClosesTheDatabaseAndLogsNothing) {
+TEST_P(StartUp, ClosingTheWindowClosesTheDatabaseAndLogsNothing) {
     startQuietly();
-    toolkit.closeWindow();
+    driver->closeWindow();
     toolkit.run();
     EXPECT_EQ(engine.record.connectionsClosed, 1);
     EXPECT_TRUE(log().empty());
 }
 
-TEST_F(StartUp, ExitClosesTheWindowWithoutAQuestion) {
+TEST_P(StartUp, ExitClosesTheWindowWithoutAQuestion) {
     startQuietly();
-    toolkit.click("cmdExit");
+    driver->click("cmdExit");
     toolkit.run();
     EXPECT_EQ(engine.record.connectionsClosed, 1);
     EXPECT_TRUE(boxes.empty());
@@ -179,10 +181,10 @@ TEST_F(StartUp, ExitClosesTheWindowWithoutAQuestion) {
     EXPECT_EQ(process.ended, std::nullopt);
 }
 
-TEST_F(StartUp, AConnectionThatIsGoneAtShutdownIsAnErrorOfRun) {
+TEST_P(StartUp, AConnectionThatIsGoneAtShutdownIsAnErrorOfRun) {
     start();
     engine.record.closeFails = true;
-    toolkit.closeWindow();
+    driver->closeWindow();
     EXPECT_THROW(toolkit.run(), base::RuntimeError);
 }
 

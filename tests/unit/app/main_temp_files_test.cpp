@@ -28,13 +28,16 @@ class TemporaryFiles : public Window {
     }
 };
 
-TEST_F(TemporaryFiles, WithoutARegisterNothingIsLogged) {
+// No window takes part in it.
+INSTANTIATE_TEST_SUITE_P(Toolkits, TemporaryFiles, testing::Values(headlessToolkit), toolkitName);
+
+TEST_P(TemporaryFiles, WithoutARegisterNothingIsLogged) {
     create();
     window->ClearOldTempFiles();
     EXPECT_THAT(log(), IsEmpty());
 }
 
-TEST_F(TemporaryFiles, WithAnEmptyRegisterNothingIsLogged) {
+TEST_P(TemporaryFiles, WithAnEmptyRegisterNothingIsLogged) {
     add("1", "x");
     remove("1");
     create();
@@ -42,7 +45,7 @@ TEST_F(TemporaryFiles, WithAnEmptyRegisterNothingIsLogged) {
     EXPECT_THAT(log(), IsEmpty());
 }
 
-TEST_F(TemporaryFiles, AllAreDeletedAndTheMissingOneIsNamed) {
+TEST_P(TemporaryFiles, AllAreDeletedAndTheMissingOneIsNamed) {
     const std::string first = add("1", "x");
     const std::string missing = add("2", "");
     const std::string third = add("3", "x");
@@ -57,7 +60,7 @@ TEST_F(TemporaryFiles, AllAreDeletedAndTheMissingOneIsNamed) {
     EXPECT_TRUE(registerIsEmpty());
 }
 
-TEST_F(TemporaryFiles, AReadOnlyFileIsDeletedAllTheSame) {
+TEST_P(TemporaryFiles, AReadOnlyFileIsDeletedAllTheSame) {
     const std::string path = add("1", "x");
     std::filesystem::permissions(path, std::filesystem::perms::owner_read);
     create();
@@ -66,7 +69,7 @@ TEST_F(TemporaryFiles, AReadOnlyFileIsDeletedAllTheSame) {
     EXPECT_EQ(log().size(), 1U);
 }
 
-TEST_F(TemporaryFiles, AFolderStaysAndCountsAsNotFound) {
+TEST_P(TemporaryFiles, AFolderStaysAndCountsAsNotFound) {
     std::filesystem::create_directory(folder / "sub");
     add("sub", "");
     create();
@@ -76,7 +79,7 @@ TEST_F(TemporaryFiles, AFolderStaysAndCountsAsNotFound) {
     EXPECT_TRUE(registerIsEmpty());
 }
 
-TEST_F(TemporaryFiles, AFileSystemThatCannotBeReadiedEndsTheCleanUpAndStartUpGoesOn) {
+TEST_P(TemporaryFiles, AFileSystemThatCannotBeReadiedEndsTheCleanUpAndStartUpGoesOn) {
     const std::string path = add("1", "x");
     files.prepareFails = true;
     start();
@@ -85,7 +88,7 @@ TEST_F(TemporaryFiles, AFileSystemThatCannotBeReadiedEndsTheCleanUpAndStartUpGoe
     EXPECT_EQ(status().front(), "Running.");
 }
 
-TEST_F(TemporaryFiles, AValueThatIsNoTextIsMetAgainUntilItIsGone) {
+TEST_P(TemporaryFiles, AValueThatIsNoTextIsMetAgainUntilItIsGone) {
     settings.put(infra::temporaryFilesKey, "number", 1);
     const std::string path = add("1", "x");
     clock.onPause = [this, path] {
@@ -100,7 +103,7 @@ TEST_F(TemporaryFiles, AValueThatIsNoTextIsMetAgainUntilItIsGone) {
     EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST_F(TemporaryFiles, AnEmptyTextIsMetAgainUntilItIsGone) {
+TEST_P(TemporaryFiles, AnEmptyTextIsMetAgainUntilItIsGone) {
     settings.put(infra::temporaryFilesKey, "empty", "");
     clock.onPause = [this] {
         if (clock.pauses == 20) {
@@ -113,7 +116,7 @@ TEST_F(TemporaryFiles, AnEmptyTextIsMetAgainUntilItIsGone) {
     EXPECT_THAT(log(), IsEmpty());
 }
 
-TEST_F(TemporaryFiles, AValueThatCannotBeDeletedIsMetAgainAfterAPause) {
+TEST_P(TemporaryFiles, AValueThatCannotBeDeletedIsMetAgainAfterAPause) {
     const std::string path = add("1", "x");
     settings.deleteFailsWith = SettingsStatus::accessDenied;
     clock.onPause = [this] {
@@ -130,7 +133,7 @@ TEST_F(TemporaryFiles, AValueThatCannotBeDeletedIsMetAgainAfterAPause) {
     EXPECT_TRUE(registerIsEmpty());
 }
 
-TEST_F(TemporaryFiles, AreClearedDuringStartUpBeforeTheLibraryIsOpened) {
+TEST_P(TemporaryFiles, AreClearedDuringStartUpBeforeTheLibraryIsOpened) {
     const std::string path = add("1", "x");
     settings.put(infra::serviceKey, "DataBasePath", folder / "nowhere.db");
     EXPECT_THROW(start(), fakes::ProcessEnded);

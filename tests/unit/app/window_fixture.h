@@ -1,4 +1,5 @@
-// The control window on a real library, with an operator, a clock and settings that a test moves.
+// The control window on a real library, with an operator, a clock and settings that a test moves. Its tests
+// run on every toolkit of this system.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -6,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,14 +16,13 @@
 #include "app/Main.h"
 #include "fakes/local_files.h"
 #include "fakes/manual_clock.h"
-#include "fakes/manual_waiter.h"
 #include "fakes/memory_settings_store.h"
 #include "fakes/recording_process.h"
 #include "fakes/scripted_automation.h"
 #include "fakes/scripted_drives.h"
 #include "fakes/temporary_folder.h"
+#include "fakes/toolkits.h"
 #include "infra/Services.h"
-#include "platform/headless/headless_toolkit.h"
 #include "platform/sqlite/sqlite_engine.h"
 #include "unit/app/library_file.h"
 #include "unit/app/recording_engine.h"
@@ -37,7 +38,7 @@ class StubbornFiles : public fakes::LocalFiles {
     bool prepareFails = false;
 };
 
-class Window : public testing::Test {
+class Window : public testing::TestWithParam<ToolkitUnderTest> {
   protected:
     using Lines = std::vector<std::string>;
 
@@ -45,16 +46,16 @@ class Window : public testing::Test {
     LibraryFile library{folder / "library.db"};
     fakes::MemorySettingsStore settings;
     fakes::ManualClock clock;
-    fakes::ManualWaiter waiter;
     fakes::RecordingProcess process;
     fakes::ScriptedDrives drives;
     fakes::ScriptedAutomation automation;
     StubbornFiles files;
     platform::SqliteEngine sqlite;
     RecordingEngine engine{sqlite};
-    Lines boxes;
-    platform::headless::HeadlessToolkit toolkit{waiter,
-                                                [this](std::string_view text) { boxes.emplace_back(text); }};
+    std::unique_ptr<WindowDriver> driver = GetParam().makeDriver();
+    fakes::ManualWaiter& waiter = driver->waiter;
+    const Lines& boxes = driver->boxes;
+    platform::Toolkit& toolkit = driver->toolkit();
     infra::Services services{
         platform::System{settings, engine, automation, toolkit, files, process, drives, clock}};
     std::function<bool(std::int32_t)> job = [](std::int32_t) { return true; };
@@ -97,22 +98,32 @@ class Window : public testing::Test {
     }
 
     /// Lets the timer tick once.
-    void tick() { waiter.advance(toolkit, std::chrono::milliseconds(timer().interval())); }
+    void tick() { driver->letTimePass(std::chrono::milliseconds(timer().interval())); }
 
     void operatorTypes(std::string_view textBox, std::string_view text) {
-        toolkit.typeText(textBox, text);
+        driver->typeText(textBox, text);
         toolkit.processEvents();
     }
     void operatorClicks(std::string_view button) {
-        toolkit.click(button);
+        driver->click(button);
         toolkit.processEvents();
     }
     void operatorPresses(std::string_view checkBox) {
-        toolkit.press(checkBox);
+        driver->press(checkBox);
         toolkit.processEvents();
     }
     void operatorSets(platform::WindowState state) {
-        toolkit.setWindowState(state);
+        switch (state) {
+            case platform::WindowState::normal:
+                driver->restore();
+                break;
+            case platform::WindowState::minimised:
+                driver->minimise();
+                break;
+            case platform::WindowState::maximised:
+                driver->maximise();
+                break;
+        }
         toolkit.processEvents();
     }
 
@@ -132,7 +143,7 @@ class Window : public testing::Test {
 
     /// The status list from the top, without the times.
     Lines status() const {
-        const auto& list = toolkit.form().find<platform::headless::HeadlessListBox>("lstStatus");
+        const auto& list = driver->find<platform::ListBox>("lstStatus");
         Lines lines;
         for (std::size_t i = 0; i < list.count(); ++i) {
             lines.push_back(list.line(i).substr(std::string("hh:mm:ss: ").size()));
@@ -140,19 +151,11 @@ class Window : public testing::Test {
         return lines;
     }
 
-    platform::headless::HeadlessTimer& timer() const {
-        return toolkit.form().find<platform::headless::HeadlessTimer>("Timer1");
-    }
-    platform::headless::HeadlessTextBox& textBox(std::string_view name) const {
-        return toolkit.form().find<platform::headless::HeadlessTextBox>(name);
-    }
-    platform::headless::HeadlessCheckBox& logIt() const {
-        return toolkit.form().find<platform::headless::HeadlessCheckBox>("chkLogit");
-    }
-    platform::headless::HeadlessButton& startStop() const {
-        return toolkit.form().find<platform::headless::HeadlessButton>("cmdStartStop");
-    }
-    [[nodiscard]] bool visible() const { return toolkit.form().visible(); }
+    platform::Timer& timer() const { return driver->find<platform::Timer>("Timer1"); }
+    platform::TextBox& textBox(std::string_view name) const { return driver->find<platform::TextBox>(name); }
+    platform::CheckBox& logIt() const { return driver->find<platform::CheckBox>("chkLogit"); }
+    platform::Button& startStop() const { return driver->find<platform::Button>("cmdStartStop"); }
+    [[nodiscard]] bool visible() const { return driver->form().visible(); }
 
   private:
     std::size_t logSeen_ = 0;

@@ -16,31 +16,8 @@
 #include <vector>
 
 #include "base/runtime_error.h"
+#include "fakes/ui_driver.h"
 #include "platform/ui.h"
-
-/// The operator in front of a window. What the operator does is an event: it waits until the toolkit handles
-/// events.
-class UiDriver {
-  public:
-    UiDriver() = default;
-    UiDriver(const UiDriver&) = delete;
-    UiDriver& operator=(const UiDriver&) = delete;
-    virtual ~UiDriver() = default;
-
-    virtual platform::Toolkit& toolkit() = 0;
-
-    virtual void typeText(std::string_view textBox, std::string_view text) = 0;
-    virtual void click(std::string_view button) = 0;
-    virtual void press(std::string_view checkBox) = 0;
-    virtual void minimise() = 0;
-    virtual void maximise() = 0;
-    virtual void restore() = 0;
-    virtual void resize() = 0;
-    virtual void closeWindow() = 0;
-
-    /// Lets time pass and has the toolkit handle events meanwhile.
-    virtual void letTimePass(std::chrono::milliseconds time) = 0;
-};
 
 using UiDriverMaker = std::unique_ptr<UiDriver> (*)();
 
@@ -132,9 +109,48 @@ TEST_P(UiContract, AHandlerMayChangeItsOwnControlAgain) {
     EXPECT_EQ(text.text(), "1");
 }
 
+TEST_P(UiContract, AHandlerMayChangeItsOwnControlAgainWhenTheOperatorChangedIt) {
+    text.onChange([this] {
+        seen.push_back(text.text());
+        if (text.text() == "0") {
+            text.setText("1");
+        }
+    });
+    operator_->typeText("txt", "0");
+    toolkit.processEvents();
+    EXPECT_EQ(seen.back(), "1");
+    EXPECT_EQ(text.text(), "1");
+}
+
+TEST_P(UiContract, TypingWhatIsThereAlreadyCallsNoHandler) {
+    operator_->typeText("txt", "5");
+    toolkit.processEvents();
+    text.onChange(note("changed"));
+    operator_->typeText("txt", "5");
+    toolkit.processEvents();
+    EXPECT_TRUE(seen.empty());
+}
+
+TEST_P(UiContract, TheProgramsChangeShowsWhatTheOperatorTypesOver) {
+    operator_->typeText("txt", "5");
+    toolkit.processEvents();
+    text.setText("7");
+    text.onChange([this] { seen.push_back(text.text()); });
+    operator_->typeText("txt", "5");
+    toolkit.processEvents();
+    EXPECT_EQ(seen, Seen{"5"});
+}
+
 TEST_P(UiContract, AnErrorInAHandlerRisesOutOfTheProgramsChange) {
     text.onChange([] { throw base::RuntimeError(13, "Type mismatch"); });
     EXPECT_EQ(numberOf([this] { text.setText("x"); }), 13);
+}
+
+TEST_P(UiContract, AnErrorInAHandlerRisesOutOfTheOperatorsChangeWhenEventsAreHandled) {
+    text.onChange([] { throw base::RuntimeError(13, "Type mismatch"); });
+    operator_->typeText("txt", "");
+    EXPECT_EQ(numberOf([this] { toolkit.processEvents(); }), 13);
+    EXPECT_EQ(text.text(), "");
 }
 
 TEST_P(UiContract, CheckBoxesTakeThreeValuesOnly) {
@@ -156,6 +172,27 @@ TEST_P(UiContract, PressingACheckBoxTurnsItOnAndOff) {
     EXPECT_EQ(seen, (Seen{"1", "0"}));
 }
 
+TEST_P(UiContract, PressingAGreyedCheckBoxClearsIt) {
+    check.setValue(2);
+    check.onChange([this] { seen.push_back(std::to_string(check.value())); });
+    operator_->press("chk");
+    toolkit.processEvents();
+    EXPECT_EQ(seen, Seen{"0"});
+}
+
+TEST_P(UiContract, AHandlerMayClearItsOwnCheckBoxAgain) {
+    check.onChange([this] {
+        seen.push_back(std::to_string(check.value()));
+        check.setValue(0);
+    });
+    operator_->press("chk");
+    toolkit.processEvents();
+    operator_->press("chk");
+    toolkit.processEvents();
+    EXPECT_EQ(seen, (Seen{"1", "0", "1", "0"}));
+    EXPECT_EQ(check.value(), 0);
+}
+
 TEST_P(UiContract, ButtonsAreClickedAndChangeTheirCaption) {
     button.onClick([this] { button.setCaption("S&tart"); });
     operator_->click("cmd");
@@ -172,6 +209,19 @@ TEST_P(UiContract, ListsKeepTheirLinesInOrder) {
     EXPECT_EQ(list.line(2), "third");
     list.remove(1);
     EXPECT_EQ(list.line(1), "third");
+}
+
+TEST_P(UiContract, LinesComeInAtTheTopAndLeaveAtTheBottom) {
+    for (int i = 1; i <= 5; ++i) {
+        list.insert(0, std::to_string(i));
+        if (list.count() > 3) {
+            list.remove(list.count() - 1);
+        }
+    }
+    EXPECT_EQ(list.count(), 3U);
+    EXPECT_EQ(list.line(0), "5");
+    EXPECT_EQ(list.line(2), "3");
+    EXPECT_EQ(numberOf([this] { static_cast<void>(list.line(3)); }), 5);
 }
 
 TEST_P(UiContract, ListsRefuseAnIndexOutsideThem) {
@@ -218,6 +268,49 @@ TEST_P(UiContract, SettingTheIntervalStartsTheWaitAnew) {
     EXPECT_TRUE(seen.empty());
 }
 
+TEST_P(UiContract, ATimerMayBeStoppedAndStartedAgainInsideItsOwnTick) {
+    timer.onTick([this] {
+        seen.emplace_back("tick");
+        timer.setEnabled(false);
+        if (seen.size() < 3) {
+            timer.setInterval(100);
+            timer.setEnabled(true);
+        }
+    });
+    timer.setEnabled(true);
+    operator_->letTimePass(std::chrono::milliseconds(60));
+    EXPECT_EQ(seen.size(), 1U);
+    operator_->letTimePass(std::chrono::milliseconds(100));
+    EXPECT_EQ(seen.size(), 2U);
+    operator_->letTimePass(std::chrono::milliseconds(500));
+    EXPECT_EQ(seen.size(), 3U);
+    EXPECT_FALSE(timer.enabled());
+    EXPECT_EQ(timer.interval(), 100);
+}
+
+TEST_P(UiContract, AStoppedTimerDoesNotTickWhileItsHandlerHandlesEvents) {
+    timer.onTick([this] {
+        seen.emplace_back("tick");
+        timer.setEnabled(false);
+        operator_->letTimePass(std::chrono::milliseconds(500));
+    });
+    timer.setEnabled(true);
+    operator_->letTimePass(std::chrono::milliseconds(60));
+    EXPECT_EQ(seen.size(), 1U);
+}
+
+TEST_P(UiContract, ATimerTicksWhileTheWindowIsHiddenOrMinimised) {
+    timer.onTick(note("tick"));
+    timer.setEnabled(true);
+    form.hide();
+    operator_->letTimePass(std::chrono::milliseconds(60));
+    EXPECT_EQ(seen.size(), 1U);
+    form.show();
+    operator_->minimise();
+    operator_->letTimePass(std::chrono::milliseconds(60));
+    EXPECT_EQ(seen.size(), 2U);
+}
+
 TEST_P(UiContract, ResizingTellsTheWindowsState) {
     form.onResize([this] { seen.push_back(std::to_string(static_cast<int>(form.windowState()))); });
     operator_->minimise();
@@ -230,6 +323,33 @@ TEST_P(UiContract, ResizingTellsTheWindowsState) {
     EXPECT_EQ(seen.front(), "1");
     EXPECT_EQ(seen.back(), "2");
     EXPECT_EQ(form.windowState(), platform::WindowState::maximised);
+}
+
+TEST_P(UiContract, AMinimisedWindowCanBeHiddenAndShownAgain) {
+    form.onResize([this] {
+        if (form.windowState() == platform::WindowState::minimised) {
+            form.hide();
+        } else {
+            form.show();
+        }
+    });
+    operator_->minimise();
+    toolkit.processEvents();
+    EXPECT_FALSE(form.visible());
+    EXPECT_EQ(form.windowState(), platform::WindowState::minimised);
+    operator_->restore();
+    toolkit.processEvents();
+    EXPECT_TRUE(form.visible());
+    EXPECT_EQ(form.windowState(), platform::WindowState::normal);
+}
+
+TEST_P(UiContract, ShowingAndHidingByTheProgramIsNoResize) {
+    form.onResize(note("resized"));
+    form.hide();
+    toolkit.processEvents();
+    form.show();
+    toolkit.processEvents();
+    EXPECT_TRUE(seen.empty());
 }
 
 TEST_P(UiContract, APlainResizeLeavesTheStateNormal) {
@@ -247,6 +367,35 @@ TEST_P(UiContract, RunEndsWhenTheOperatorClosesTheWindow) {
     EXPECT_EQ(seen, Seen{"closed"});
     EXPECT_TRUE(form.closing());
     EXPECT_FALSE(form.visible());
+}
+
+TEST_P(UiContract, TheOperatorsCloseDuringAJobWaitsForTheJob) {
+    form.onClose(note("closed"));
+    button.onClick([this] {
+        operator_->closeWindow();
+        toolkit.processEvents();
+        seen.emplace_back(form.visible() ? "visible" : "job goes on");
+    });
+    operator_->click("cmd");
+    toolkit.run();
+    EXPECT_EQ(seen, (Seen{"job goes on", "closed"}));
+}
+
+TEST_P(UiContract, AnErrorInTheCloseHandlerEndsRun) {
+    form.onClose([] { throw base::RuntimeError(91, "Object not set"); });
+    operator_->closeWindow();
+    EXPECT_EQ(numberOf([this] { toolkit.run(); }), 91);
+}
+
+TEST_P(UiContract, AWindowThatClosesIsNotShownAgain) {
+    button.onClick([this] {
+        form.close();
+        form.show();
+        seen.emplace_back(form.visible() ? "visible" : "hidden");
+    });
+    operator_->click("cmd");
+    toolkit.run();
+    EXPECT_EQ(seen, Seen{"hidden"});
 }
 
 TEST_P(UiContract, ClosingOutsideAnEventRunsTheCloseHandlerAtOnce) {

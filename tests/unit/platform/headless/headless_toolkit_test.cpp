@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fakes/manual_waiter.h"
+#include "fakes/headless_driver.h"
 #include "unit/platform/contract/ui_contract.h"
 
 namespace {
@@ -10,26 +10,6 @@ namespace {
 using platform::WindowState;
 using platform::headless::HeadlessTextBox;
 using platform::headless::HeadlessToolkit;
-
-class HeadlessDriver : public UiDriver {
-  public:
-    platform::Toolkit& toolkit() override { return toolkit_; }
-    void typeText(std::string_view textBox, std::string_view text) override {
-        toolkit_.typeText(textBox, text);
-    }
-    void click(std::string_view button) override { toolkit_.click(button); }
-    void press(std::string_view checkBox) override { toolkit_.press(checkBox); }
-    void minimise() override { toolkit_.setWindowState(WindowState::minimised); }
-    void maximise() override { toolkit_.setWindowState(WindowState::maximised); }
-    void restore() override { toolkit_.setWindowState(WindowState::normal); }
-    void resize() override { toolkit_.resize(); }
-    void closeWindow() override { toolkit_.closeWindow(); }
-    void letTimePass(std::chrono::milliseconds time) override { waiter_.advance(toolkit_, time); }
-
-  private:
-    fakes::ManualWaiter waiter_;
-    HeadlessToolkit toolkit_{waiter_};
-};
 
 std::unique_ptr<UiDriver> makeHeadlessDriver() {
     return std::make_unique<HeadlessDriver>();

@@ -1,0 +1,102 @@
+#include "app/main_service.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <utility>
+
+#include "app/main_options.h"
+#include "app/main_run.h"
+#include "app/statement_trace.h"
+#include "infra/Services.h"
+#include "platform/posix/no_drives.h"
+#include "platform/posix/plugins/plugin_factory.h"
+#include "platform/posix/posix_files.h"
+#include "platform/posix/posix_process.h"
+#include "platform/posix/settings_file.h"
+#include "platform/posix/signal_waiter.h"
+#include "platform/posix/system_clock.h"
+#include "platform/sqlite/sqlite_engine.h"
+#include "platform/ui.h"
+
+namespace app {
+
+namespace {
+
+void printError(const Program& program, std::string_view text) {
+    std::string line(text);
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    std::cerr << program.name << ": " << line << std::endl;
+}
+
+/// The service with everything that it runs on.
+class Service {
+  public:
+    Service(const Program& program, const ServiceOptions& options) : program_(program), options_(options) {
+        if (trace_.isOn()) {
+            database_.setTrace([this](std::string_view statement) { trace_.write(statement); });
+        }
+    }
+
+    void run() {
+        runUntilClosed(services_, options_, [this](std::string_view text) { printError(program_, text); });
+    }
+
+  private:
+    /// Read for each document, so that a change holds from the next one on.
+    std::chrono::milliseconds pluginCallLimit() {
+        return std::chrono::seconds(services_.registry.GetSettingLong(
+            platform::RootKey::currentUser, infra::indexerKey, "PluginTimeoutSeconds", 0));
+    }
+
+    const Program& program_;
+    ServiceOptions options_;
+    // Without a display for the window, nothing else is touched.
+    platform::posix::SignalWaiter waiter_;
+    std::unique_ptr<platform::Toolkit> toolkit_ = program_.makeToolkit(waiter_);
+    StatementTrace trace_{options_.traceFile, [this](std::string_view text) { printError(program_, text); }};
+    platform::posix::SettingsFile settings_{platform::posix::settingsPath()};
+    /// The end without clean-up would leave behind what plug-ins have started.
+    platform::posix::PosixProcess process_{[this] { plugins_.killProcesses(); }};
+    platform::posix::PosixFiles files_;
+    platform::posix::NoDrives drives_;
+    platform::posix::SystemClock clock_;
+    platform::SqliteEngine database_;
+    platform::posix::PluginFactory plugins_{platform::posix::pluginFolders(process_.programDirectory()),
+                                            [this] { return pluginCallLimit(); }};
+    infra::Services services_{
+        platform::System{settings_, database_, plugins_, *toolkit_, files_, process_, drives_, clock_}};
+};
+
+constexpr const char* notes =
+    "The settings are those of the user, or of the file that $TYINDEXER_SETTINGS names; plug-ins come from\n"
+    "the folders in $TYINDEXER_PLUGINS, then from the installed one. SIGTERM and SIGINT end the service\n"
+    "after the document in work; the same signal a second time kills it.";
+
+}  // namespace
+
+int runService(int argc, char** argv, const Program& program) {
+    constexpr int stopped = static_cast<int>(platform::ExitStatus::stopped);
+    constexpr int failed = static_cast<int>(platform::ExitStatus::failed);
+    try {
+        ServiceOptions options;
+        if (const auto answer =
+                readCommandLine(argc, argv, {program.name, program.purpose, notes}, options)) {
+            (answer->status == platform::ExitStatus::stopped ? std::cout : std::cerr) << answer->text;
+            return static_cast<int>(answer->status);
+        }
+        // Whoever reads the messages may go away; that must not end the service.
+        std::signal(SIGPIPE, SIG_IGN);
+        Service(program, options).run();
+        return stopped;
+    } catch (const std::exception& error) {
+        printError(program, error.what());
+        return failed;
+    }
+}
+
+}  // namespace app
