@@ -89,12 +89,13 @@ TEST_P(WindowsJob, IndexesADocumentInTheDocumentAndDeletesItsFileThoughItIsReadO
     statementsOf(1);
     EXPECT_EQ(
         rows("SELECT title, saved_location FROM document_object ORDER BY id", {"title", "saved_location"}),
-        (Statements{"The Ki's river docs\\o'ki\\river.txt", "Letter docs\\o'ki\\river.txt?attach=1"}));
+        (Statements{"The Ki's river docs\\o'ki\\river.txt",
+                    "The Ki's river - Letter docs\\o'ki\\river.txt?attach=1"}));
     EXPECT_FALSE(std::filesystem::exists(letter)) << logText();
     std::string name;
-    std::string value;
+    platform::ValueType type{};
     EXPECT_FALSE(services->registry.EnumValues(platform::RootKey::currentUser, infra::temporaryFilesKey, 0,
-                                               name, value));
+                                               name, type));
 }
 
 TEST_P(WindowsJob, OpensTheLibraryWithTheBuiltInLogIn) {
