@@ -82,6 +82,21 @@ TEST_P(WindowsJob, LeavesTheRowsOfTheDocument) {
     EXPECT_EQ(rows("SELECT COUNT(id) AS n FROM file_index_queue", {"n"}), Statements{"0"});
 }
 
+TEST_P(WindowsJob, IndexesADocumentInTheDocumentAndDeletesItsFileThoughItIsReadOnly) {
+    const std::string letter = work.folder.write("letter.txt", "Title: Letter\nThe boat sails.\n");
+    std::filesystem::permissions(letter, std::filesystem::perms::owner_read);
+    writeRiver("+ letter.txt\n");
+    statementsOf(1);
+    EXPECT_EQ(
+        rows("SELECT title, saved_location FROM document_object ORDER BY id", {"title", "saved_location"}),
+        (Statements{"The Ki's river docs\\o'ki\\river.txt", "Letter docs\\o'ki\\river.txt?attach=1"}));
+    EXPECT_FALSE(std::filesystem::exists(letter)) << logText();
+    std::string name;
+    std::string value;
+    EXPECT_FALSE(services->registry.EnumValues(platform::RootKey::currentUser, infra::temporaryFilesKey, 0,
+                                               name, value));
+}
+
 TEST_P(WindowsJob, OpensTheLibraryWithTheBuiltInLogIn) {
     statementsOf(1);
     EXPECT_EQ(engine->asked.dataSource, made.library->settings().dataSource);

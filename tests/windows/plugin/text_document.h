@@ -5,7 +5,7 @@
 //   # River rules                 a heading
 //   > bridge | see pier           a comment on an anchor
 //   @user Low tide                a tag of the type "user"
-//   + C:\temp\letter.txt          a file that belongs to the document
+//   + C:\temp\letter.txt          a temporary file with a document in the document
 //   Every other line that is not empty is a sentence.
 #pragma once
 

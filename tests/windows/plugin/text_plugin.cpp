@@ -83,8 +83,8 @@ void TextPlugin::items() {
     item(L"GetMetaTagType", [this](std::size_t index) { return document_.tags.at(index).type; });
     method(L"GetNumberofSubDocuments", {},
            [this](Call& call) { call.give(static_cast<SHORT>(document_.files.size())); });
-    item(L"GetSubDocumentTempPath", [](std::size_t) { return std::wstring(); });
-    item(L"GetSubDocumentPath", [this](std::size_t index) { return document_.files.at(index); });
+    item(L"GetSubDocumentTempPath", [this](std::size_t index) { return document_.files.at(index); });
+    item(L"GetSubDocumentPath", [](std::size_t) { return std::wstring(); });
 }
 
 void TextPlugin::item(const wchar_t* name, std::function<std::wstring(std::size_t index)> text) {
