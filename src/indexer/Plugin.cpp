@@ -16,8 +16,8 @@ std::string Plugin::GetLastErrorString() {
 }
 
 base::Variant Plugin::GetDocumentProperty(std::string_view name) {
-    base::Variant argument{std::string(name)};
-    return object_->call("GetDocumentProperty", {&argument, 1});
+    const base::Variant argument{std::string(name)};
+    return object_->callByValue("GetDocumentProperty", {&argument, 1});
 }
 
 std::int16_t Plugin::GetNumberOfSentences() {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "base/variant.h"
 
@@ -23,6 +24,13 @@ class AutomationObject {
     virtual base::Variant call(std::string_view method, std::span<base::Variant> arguments) = 0;
 
     base::Variant call(std::string_view method) { return call(method, std::span<base::Variant>()); }
+
+    /// The same with arguments that the object cannot change, by value where the way of calling makes a
+    /// difference.
+    virtual base::Variant callByValue(std::string_view method, std::span<const base::Variant> arguments) {
+        std::vector<base::Variant> copies(arguments.begin(), arguments.end());
+        return call(method, copies);
+    }
 };
 
 class AutomationFactory {

@@ -57,15 +57,17 @@ class SettingsStore {
     virtual SettingsStatus queryValue(KeyHandle key, std::string_view name, ValueType& type,
                                       std::uint8_t* data, std::uint32_t& size) = 0;
 
-    /// Stores `size` bytes under the name, in place of what was there.
+    /// Stores `size` bytes under the name, in place of what was there. A store may end a text that is not
+    /// empty with a NUL, as the registry does; it counts in the value's size then.
     virtual SettingsStatus setValue(KeyHandle key, std::string_view name, ValueType type,
                                     const std::uint8_t* data, std::uint32_t size) = 0;
 
     virtual SettingsStatus deleteValue(KeyHandle key, std::string_view name) = 0;
 
-    /// The value at a 0-based index, in the order in which the values were first stored. In: the room for the
-    /// name (with its ending NUL) and for the data. Out: characters of the name without the NUL, bytes of the
-    /// data. noMoreItems past the last; moreData when a room is too small.
+    /// The value at a 0-based index. In: the room for the name (with its ending NUL) and for the data. Out:
+    /// characters of the name without the NUL, bytes of the data. noMoreItems past the last; moreData when a
+    /// room is too small. The order is the store's own (that in which the values were first stored, or that
+    /// of their names); storing and deleting values moves those behind.
     virtual SettingsStatus enumValue(KeyHandle key, std::uint32_t index, char* name, std::uint32_t& nameSize,
                                      ValueType& type, std::uint8_t* data, std::uint32_t& dataSize) = 0;
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fakes/local_files.h"
 #include "fakes/manual_clock.h"
 #include "fakes/manual_waiter.h"
 #include "fakes/memory_settings_store.h"
@@ -16,7 +17,6 @@
 #include "fakes/temporary_folder.h"
 #include "infra/Services.h"
 #include "platform/headless/headless_toolkit.h"
-#include "platform/posix/posix_files.h"
 #include "platform/sqlite/sqlite_engine.h"
 
 struct sqlite3;
@@ -58,7 +58,7 @@ class TestLibrary {
     RecordingProcess process;
     ScriptedDrives drives;
     ScriptedAutomation automation;
-    platform::posix::PosixFiles files;
+    LocalFiles files;
     ManualWaiter waiter;
     platform::headless::HeadlessToolkit toolkit;
     platform::SqliteEngine engine;

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "fakes/headless_driver.h"
-#include "fakes/qt_driver.h"
+#include "fakes/window_driver.h"
 
 struct ToolkitUnderTest {
     const char* name;
@@ -21,7 +21,8 @@ inline std::ostream& operator<<(std::ostream& out, const ToolkitUnderTest& toolk
 
 inline const ToolkitUnderTest headlessToolkit{
     "Headless", []() -> std::unique_ptr<WindowDriver> { return std::make_unique<HeadlessDriver>(); }};
-inline const ToolkitUnderTest qtToolkit{"Qt", &makeQtDriver};
+/// The one that shows the window on this system's screen.
+extern const ToolkitUnderTest screenToolkit;
 
 inline std::string toolkitName(const testing::TestParamInfo<ToolkitUnderTest>& info) {
     return info.param.name;

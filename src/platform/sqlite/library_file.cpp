@@ -1,12 +1,11 @@
 #include "platform/sqlite/library_file.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <exception>
 #include <string_view>
 
 #include "base/runtime_error.h"
@@ -32,9 +31,12 @@ std::int64_t sizeByHeader(const Header& header) {
     return countIsValid ? (pageSize == 1 ? 65536 : pageSize) * bigEndian(header, 28, 4) : 0;
 }
 
+bool isSameFile(const FileStatus& one, const FileStatus& other) {
+    return one.kind == other.kind && one.device == other.device && one.number == other.number;
+}
+
 bool hasLog(const std::string& path) {
-    struct stat log {};
-    return ::stat((path + "-wal").c_str(), &log) == 0 && log.st_size > 0;
+    return fileStatus(path + "-wal").size > 0;
 }
 
 }  // namespace
@@ -53,18 +55,19 @@ LibraryFile::LibraryFile(std::string path) : path_(std::move(path)) {
     }
 }
 
-LibraryFile::Status LibraryFile::status() const {
-    struct stat found {};
-    if (::stat(path_.c_str(), &found) != 0) {
-        const int error = errno;
-        fail(error == ENOENT || error == ENOTDIR
-                 ? "does not exist; correct DataBasePath or make a library there"
-                 : std::string("cannot be reached: ") + std::strerror(error));
+FileStatus LibraryFile::status() const {
+    FileStatus found = fileStatus(path_);
+    switch (found.kind) {
+        case FileStatus::Kind::file:
+            return found;
+        case FileStatus::Kind::other:
+            fail("is not a file");
+        case FileStatus::Kind::missing:
+            fail("does not exist; correct DataBasePath or make a library there");
+        case FileStatus::Kind::unreachable:
+            break;
     }
-    if (!S_ISREG(found.st_mode)) {
-        fail("is not a file");
-    }
-    return {found.st_dev, found.st_ino, found.st_size};
+    fail("cannot be reached: " + found.error);
 }
 
 LibraryFile::End LibraryFile::checkContent(sqlite3* database) {
@@ -95,8 +98,8 @@ LibraryFile::End LibraryFile::checkContent(sqlite3* database) {
 }
 
 void LibraryFile::checkSame(sqlite3* database) {
-    const Status now = status();
-    if (now.device != seen_.device || now.inode != seen_.inode) {
+    const FileStatus now = status();
+    if (!isSameFile(now, seen_)) {
         fail("has been replaced by another file since it was opened");
     }
     if (now.size == 0) {
@@ -106,8 +109,11 @@ void LibraryFile::checkSame(sqlite3* database) {
 }
 
 bool LibraryFile::isInPlace() const noexcept {
-    struct stat found {};
-    return ::stat(path_.c_str(), &found) == 0 && found.st_dev == seen_.device && found.st_ino == seen_.inode;
+    try {
+        return isSameFile(fileStatus(path_), seen_);
+    } catch (const std::exception&) {  // there is no memory left to look with
+        return false;
+    }
 }
 
 void LibraryFile::fail(const std::string& what) const {

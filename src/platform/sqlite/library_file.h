@@ -3,8 +3,9 @@
 // SQLite's locks on it.
 #pragma once
 
-#include <cstdint>
 #include <string>
+
+#include "platform/sqlite/file_status.h"
 
 struct sqlite3;
 
@@ -30,16 +31,11 @@ class LibraryFile {
     [[nodiscard]] bool isInPlace() const noexcept;
 
   private:
-    struct Status {
-        std::uint64_t device = 0;
-        std::uint64_t inode = 0;
-        std::int64_t size = 0;
-    };
-    [[nodiscard]] Status status() const;
+    [[nodiscard]] FileStatus status() const;
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string path_;
-    Status seen_;
+    FileStatus seen_;
 };
 
 }  // namespace platform::sqlite

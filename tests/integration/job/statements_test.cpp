@@ -6,6 +6,7 @@
 #include "fakes/test_library.h"
 #include "indexer/Indexer.h"
 #include "integration/job/expected_statements.h"
+#include "integration/job/river_document.h"
 
 namespace {
 
@@ -14,17 +15,9 @@ using Arguments = std::span<base::Variant>;
 
 constexpr const char* riverPath = "/docs/o''ki/river.txt";  // as it stands in statements
 
-// Kinds of text as every new library has them.
-constexpr int normalType = 1;
-constexpr int titleType = 2;
-constexpr int pathType = 3;
-constexpr int headingType = 4;
-constexpr int commentType = 20;
-constexpr int userTagType = 40;
-
-class Statements : public testing::Test {
+class Statements : public testing::Test, protected job_tests::River {
   protected:
-    Statements() { givePlugin("txt", "Test.Text"); }
+    Statements() : River(riverPath) { givePlugin("txt", "Test.Text"); }
 
     void givePlugin(const std::string& dataType, const std::string& progId, bool hasExtras = false) {
         library.settings.put(std::string(infra::dataTypesKey) + dataType, "IndexPlugin", progId);
@@ -64,15 +57,6 @@ class Statements : public testing::Test {
         EXPECT_EQ(lines(statementsOf(indexType)), lines(expected));
     }
 
-    /// As one text, of which a failure shows the lines that differ.
-    static std::string lines(const job_tests::Statements& statements) {
-        std::string text;
-        for (const std::string& statement : statements) {
-            text.append(statement).append("|\n");
-        }
-        return text;
-    }
-
     /// Carries a job out and gives its statements.
     job_tests::Statements statementsOf(int indexType, const std::string& path = "/docs/o'ki/river.txt") {
         library.exec(
@@ -84,47 +68,6 @@ class Statements : public testing::Test {
         EXPECT_TRUE(indexer.DoIndex(++lastEntry));
         return std::exchange(library.trace, {});
     }
-
-    /// What follows the setup of the river document: words, their commit and the end of its entry.
-    static job_tests::Statements textOfRiver() {
-        return newWords({"river", "ki", "rises", "boat"}) + importantText("title") +
-               importantText("document_path") + newWords({"docs", "txt"}) + commitOfRiver();
-    }
-
-    static std::vector<WordRow> bodyRows() {
-        return {{2, 2, normalType, river, 1},
-                {1, 2, normalType, ki, 1},
-                {1, 2, normalType, rises, 1},
-                {1, 2, normalType, boat, 2}};
-    }
-    static std::vector<WordRow> titleRows() {
-        return {{1, 2, titleType, ki, 0}, {1, 2, titleType, river, 0}};
-    }
-    static std::vector<WordRow> pathRows() {
-        return {{1, 2, pathType, docs, 0},
-                {1, 2, pathType, ki, 0},
-                {1, 2, pathType, river, 0},
-                {1, 2, pathType, txt, 0}};
-    }
-    static std::vector<std::string> bodySentences() {
-        return {"28,'The river Ki rises; a ''q''.',1", "16,'A boat, a river.',2"};
-    }
-
-    static job_tests::Statements commitOfRiver() {
-        return words(joined({bodyRows(), titleRows(), pathRows()})) + sentences(bodySentences()) +
-               leaveQueue(riverPath);
-    }
-
-    static std::vector<WordRow> joined(const std::vector<std::vector<WordRow>>& parts) {
-        std::vector<WordRow> all;
-        for (const auto& part : parts) {
-            all.insert(all.end(), part.begin(), part.end());
-        }
-        return all;
-    }
-
-    /// Root words in the order in which the river document brings them.
-    enum RootWord : int { river = 1, ki, rises, boat, docs, txt, next };
 
     base::Variant lastModified = *base::DateTime::parse("2002-03-05 09:07:04");
     std::vector<std::string> body = {"The river Ki rises; a 'q'.", "A boat, a river."};
@@ -201,23 +144,9 @@ TEST_F(Statements, OfADocumentThatHasMovedReplaceThePathWordsAlone) {
 
 TEST_F(Statements, OfADocumentWithHeadingsCommentsAndTags) {
     givePlugin("txt", "Test.Text", true);
-    enum : int { rules = next, bridge, see, pier, low, tide };
-    const std::vector<WordRow> extraRows = {{1, 2, headingType, river, 3},  {1, 2, headingType, rules, 3},
-                                            {1, 3, commentType, bridge, 4}, {1, 3, commentType, see, 5},
-                                            {1, 3, commentType, pier, 5},   {1, 4, userTagType, low, -1},
-                                            {1, 4, userTagType, tide, -1}};
-    const auto text = newWords({"river", "ki", "rises", "boat"}) + importantText("title") +
-                      importantText("document_path") + newWords({"docs", "txt"}) + importantText("heading") +
-                      newWords({"rules"}) + annotationSection("comment", 1) + newWords({"bridge"}) +
-                      annotationSection("comment", 1) + newWords({"see", "pier"}) +
-                      annotationPoints("comment", 11) + lookForTag() + newWords({"low", "tide"}) +
-                      metaTag("user", {"low", "tide"});
     expectStatements(1, queueEntry(1) + loadOfCaches() + begin() +
                             creation({riverPath, "The Ki''s river", "05 Mar 2002 09:07:04"}) + commit() +
-                            text + words(joined({bodyRows(), titleRows(), pathRows(), extraRows})) +
-                            sentences({bodySentences()[0], bodySentences()[1], "11,'River rules',3",
-                                       "6,'bridge',4", "8,'see pier',5"}) +
-                            leaveQueue(riverPath));
+                            textOfRiverWithExtras());
 }
 
 }  // namespace

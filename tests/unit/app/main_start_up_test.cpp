@@ -18,7 +18,7 @@ class StartUp : public Window {
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, StartUp, testing::Values(headlessToolkit, qtToolkit), toolkitName);
+INSTANTIATE_TEST_SUITE_P(Toolkits, StartUp, testing::Values(headlessToolkit, screenToolkit), toolkitName);
 
 TEST_P(StartUp, LogsEachStepInOrder) {
     settings.put(infra::indexerKey, "LoggingOn", 1);

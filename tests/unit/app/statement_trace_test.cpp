@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <vector>
 
 #include "base/runtime_error.h"
@@ -50,6 +51,9 @@ TEST_F(Trace, AFileThatCannotBeOpenedIsAnErrorThatNamesIt) {
 }
 
 TEST_F(Trace, AFileThatIsFullIsReportedOnceAndTheServiceGoesOn) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP() << "no file here is always full";
+    }
     app::StatementTrace trace("/dev/full", report);
     trace.write("SELECT 1");
     trace.write("SELECT 2");

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app/Main.h"
+#include "fakes/local_files.h"
 #include "fakes/manual_clock.h"
 #include "fakes/memory_settings_store.h"
 #include "fakes/recording_process.h"
@@ -22,13 +23,12 @@
 #include "fakes/temporary_folder.h"
 #include "fakes/toolkits.h"
 #include "infra/Services.h"
-#include "platform/posix/posix_files.h"
 #include "platform/sqlite/sqlite_engine.h"
 #include "unit/app/library_file.h"
 #include "unit/app/recording_engine.h"
 
 /// Files that cannot be readied when a test says so.
-class StubbornFiles : public platform::posix::PosixFiles {
+class StubbornFiles : public fakes::LocalFiles {
   public:
     void prepare() override {
         if (prepareFails) {

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "fakes/time_zone.h"
 
 namespace {
 
@@ -16,31 +15,6 @@ std::string read(std::string_view text) {
     const auto date = DateTime::parse(text);
     return date ? date->text() : "no date";
 }
-
-/// Sets the local time zone for as long as it lives.
-class TimeZone {
-  public:
-    explicit TimeZone(const char* zone) {
-        if (const char* before = std::getenv("TZ")) {
-            before_ = before;
-        }
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    TimeZone(const TimeZone&) = delete;
-    TimeZone& operator=(const TimeZone&) = delete;
-    ~TimeZone() {
-        if (before_) {
-            setenv("TZ", before_->c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-
-  private:
-    std::optional<std::string> before_;
-};
 
 TEST(DateTime, ReadsTheDefaultForm) {
     EXPECT_EQ(read("2002-03-05 09:07:04"), "2002-03-05 09:07:04");
@@ -68,12 +42,21 @@ TEST(DateTime, ReadsSlashesMonthFirstWhereOnlyThatIsPossible) {
 }
 
 TEST(DateTime, ReadsRfc3339AsLocalTime) {
-    const TimeZone zone("TST-3");  // three hours east of Greenwich
+    const fakes::TimeZone zone("TST-3");  // three hours east of Greenwich
     EXPECT_EQ(read("2002-03-05T09:07:04Z"), "2002-03-05 12:07:04");
     EXPECT_EQ(read("2002-03-05t09:07:04z"), "2002-03-05 12:07:04");
     EXPECT_EQ(read("2002-03-05T22:30:00.987+01:00"), "2002-03-06 00:30:00");
     EXPECT_EQ(read("2002-03-05 09:07:04-02:30"), "2002-03-05 14:37:04");
     EXPECT_EQ(read("2002-03-05T09:07:04"), "2002-03-05 09:07:04");
+}
+
+TEST(DateTime, ReadsRfc3339FarAwayAsLocalTime) {
+    const fakes::TimeZone zone("TST-3");
+    EXPECT_EQ(read("1901-02-28T22:00:00Z"), "1901-03-01 01:00:00");
+    EXPECT_EQ(read("1969-12-31T23:59:59Z"), "1970-01-01 02:59:59");
+    EXPECT_EQ(read("2038-01-19T03:14:08Z"), "2038-01-19 06:14:08");
+    EXPECT_EQ(read("9998-12-31T23:00:00Z"), "9999-01-01 02:00:00");
+    EXPECT_EQ(read("9999-12-31T23:00:00Z"), "no date");
 }
 
 TEST(DateTime, IgnoresBlanksAroundTheText) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/runtime_error.h"
+#include "fakes/local_files.h"
 #include "fakes/manual_clock.h"
 #include "fakes/memory_settings_store.h"
 #include "fakes/recording_process.h"
@@ -18,12 +19,11 @@
 #include "fakes/scripted_drives.h"
 #include "fakes/temporary_folder.h"
 #include "platform/database.h"
-#include "platform/posix/posix_files.h"
 #include "platform/system.h"
 #include "platform/ui.h"
 
 /// Real files, with a temporary folder that the test names.
-class ScriptedFiles : public platform::posix::PosixFiles {
+class ScriptedFiles : public fakes::LocalFiles {
   public:
     std::uint32_t temporaryFolder(std::uint32_t size, char* path) override {
         askedRoom = size;
@@ -39,7 +39,7 @@ class ScriptedFiles : public platform::posix::PosixFiles {
 
     void append(const std::string& path, const std::string& bytes) override {
         ++appends;
-        PosixFiles::append(path, bytes);
+        LocalFiles::append(path, bytes);
     }
 
     std::string temporary;

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <future>
 #include <thread>
 
@@ -90,6 +91,15 @@ TEST_F(ConnectionTest, ShortensALongStatementInItsErrors) {
         errorOf([this] { run("DELETE * FROM nowhere WHERE word = '" + std::string(5000, 'x') + "'"); });
     EXPECT_NE(error.find("no such table: nowhere"), std::string::npos);
     EXPECT_LT(error.size(), 400U);
+}
+
+TEST_F(ConnectionTest, OpensALibraryWhoseNameTakesMoreThanAscii) {
+    const std::string other = folder_.path() +
+                              "/b\xC3\xBC"
+                              "cher \xE6\x96\x87.db";
+    std::filesystem::rename(path(), std::filesystem::path(std::u8string(other.begin(), other.end())));
+    engine_.open({other, {}, {}, {}})->execute(insertWord);
+    EXPECT_THROW(connect(), base::RuntimeError);
 }
 
 TEST_F(ConnectionTest, NeverTellsThePassword) {

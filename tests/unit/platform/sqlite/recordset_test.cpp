@@ -1,5 +1,7 @@
 #include <array>
+#include <filesystem>
 #include <span>
+#include <system_error>
 
 #include "unit/platform/sqlite/library_fixture.h"
 
@@ -152,7 +154,10 @@ TEST_F(RecordsetTest, ASecondRunThatFailsLeavesNoHalfRow) {
     run("INSERT INTO root_word ( word ) VALUES( 'river')");
     run("INSERT INTO root_word ( word ) VALUES( 'boat')");
     const auto rows = open("SELECT word FROM root_word", platform::CursorType::forwardOnly);
-    std::filesystem::remove(path());
+    std::error_code kept;
+    if (!std::filesystem::remove(path(), kept)) {
+        GTEST_SKIP() << "this system keeps open files: " << kept.message();
+    }
     EXPECT_FALSE(errorOf([&] { rows->moveNext(); }).empty());
     EXPECT_NE(errorOf([&] { rows->field("word"); }).find("No current record"), std::string::npos);
 }

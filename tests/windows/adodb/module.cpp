@@ -1,0 +1,37 @@
+// The stand-in for ADO as an in-process server. It takes ADO's own names, so it registers itself under Wine
+// alone: on Windows they belong to the system.
+#include <array>
+
+#include "windows/adodb/connection.h"
+#include "windows/adodb/recordset.h"
+#include "windows/com_server/server_module.h"
+
+namespace {
+
+const std::array classes = {
+    com_server::ServerClass{L"ADODB.Connection", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A11}",
+                            []() -> IDispatch* { return new stand_in::Connection; }},
+    com_server::ServerClass{L"ADODB.Recordset", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A12}",
+                            []() -> IDispatch* { return new stand_in::Recordset; }}};
+
+bool isWine() {
+    const HMODULE system = ::GetModuleHandleW(L"ntdll.dll");
+    return system != nullptr && ::GetProcAddress(system, "wine_get_version") != nullptr;
+}
+
+}  // namespace
+
+extern "C" {
+
+__declspec(dllexport) HRESULT __stdcall DllGetClassObject(REFCLSID classId, REFIID id, void** object) {
+    return com_server::classObject(classes, classId, id, object);
+}
+
+__declspec(dllexport) HRESULT __stdcall DllCanUnloadNow() {
+    return S_FALSE;
+}
+
+__declspec(dllexport) HRESULT __stdcall DllRegisterServer() {
+    return isWine() ? com_server::registerClasses(classes, com_server::moduleOf(&classes)) : E_ACCESSDENIED;
+}
+}

@@ -1,0 +1,47 @@
+// Registers the suite's own servers, as an installer does with plug-ins. The tests that use them run behind
+// it.
+#include <gtest/gtest.h>
+#include <windows.h>
+// windows.h stands before COM's header, which needs it.
+#include <objbase.h>
+
+#include <filesystem>
+
+namespace {
+
+/// What a server that lies beside this program answers when it is to register itself.
+HRESULT registerServer(const wchar_t* name) {
+    std::wstring own(MAX_PATH, L'\0');
+    own.resize(::GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size())));
+    const HMODULE module = ::LoadLibraryW(std::filesystem::path(own).replace_filename(name).c_str());
+    if (module == nullptr) {
+        return HRESULT_FROM_WIN32(::GetLastError());
+    }
+    // Functions of every type come as one type; this is the type that servers export.
+    using Register = HRESULT(__stdcall*)();
+    const auto entry =
+        reinterpret_cast<Register>(reinterpret_cast<void*>(::GetProcAddress(module, "DllRegisterServer")));
+    return entry == nullptr ? E_NOTIMPL : entry();
+}
+
+bool isKnown(const wchar_t* progId) {
+    CLSID classId{};
+    return SUCCEEDED(::CLSIDFromProgID(progId, &classId));
+}
+
+bool isWine() {
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+TEST(Servers, OfPluginsRegisterThemselves) {
+    EXPECT_EQ(registerServer(L"test_plugin.dll"), S_OK);
+    for (const wchar_t* progId : {L"TyTest.Text", L"TyTest.Stream", L"TyTest.Probe"}) {
+        EXPECT_TRUE(isKnown(progId)) << progId;
+    }
+}
+
+TEST(Servers, InThePlaceOfAdoRegisterThemselvesUnderWineAlone) {
+    EXPECT_EQ(SUCCEEDED(registerServer(L"test_adodb.dll")), isWine());
+}
+
+}  // namespace
