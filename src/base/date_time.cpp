@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <limits>
 
 #include "base/text.h"
 
@@ -125,15 +126,35 @@ std::optional<int> readOffset(Reader& reader) {
     return sign * (*hours * 3600 + *minutes * 60);
 }
 
+/// The same moment, in seconds since 1970, in a year from 1970 to 2037 that has the same calendar: years
+/// repeat themselves after 28, weekdays and summer time included.
+std::int64_t inAKnownYear(std::int64_t sinceEpoch) {
+    constexpr std::int64_t cycle = 10227 * secondsPerDay;
+    constexpr std::int64_t first = secondsPerDay;
+    constexpr std::int64_t last = std::numeric_limits<std::int32_t>::max() - secondsPerDay;
+    if (sinceEpoch < first) {
+        return sinceEpoch + (first - sinceEpoch + cycle - 1) / cycle * cycle;
+    }
+    return sinceEpoch <= last ? sinceEpoch : sinceEpoch - (sinceEpoch - last + cycle - 1) / cycle * cycle;
+}
+
 std::optional<DateTime> localFromUtc(DateTime utc) {
     const std::int64_t sinceEpoch = utc.seconds() + zeroDay.time_since_epoch().count() * secondsPerDay;
-    const auto moment = static_cast<std::time_t>(sinceEpoch);
-    const std::tm* local = std::localtime(&moment);
+    auto moment = static_cast<std::time_t>(sinceEpoch);
+    const std::tm* local = moment == sinceEpoch ? std::localtime(&moment) : nullptr;
+    if (local == nullptr) {
+        // Some systems know no moment before 1970 or after 2038.
+        moment = static_cast<std::time_t>(inAKnownYear(sinceEpoch));
+        local = std::localtime(&moment);
+    }
     if (local == nullptr) {
         return std::nullopt;
     }
-    return DateTime::fromCivil({local->tm_year + 1900, local->tm_mon + 1, local->tm_mday, local->tm_hour,
-                                local->tm_min, local->tm_sec > 59 ? 59 : local->tm_sec});
+    const auto shown =
+        DateTime::fromCivil({local->tm_year + 1900, local->tm_mon + 1, local->tm_mday, local->tm_hour,
+                             local->tm_min, local->tm_sec > 59 ? 59 : local->tm_sec});
+    return shown ? DateTime::fromCivil(DateTime::fromSeconds(shown->seconds() + sinceEpoch - moment).civil())
+                 : std::nullopt;
 }
 
 /// What follows "yyyy-mm-dd": nothing, a blank and a time, or "T", a time and an offset.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <bit>
 
 #include "base/runtime_error.h"
 #include "platform/win32/win32_toolkit.h"
@@ -46,7 +47,7 @@ void call(const Handler& handler) {
 }  // namespace
 
 Notifier* Notifier::behind(WindowHandle window) {
-    return reinterpret_cast<Notifier*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    return std::bit_cast<Notifier*>(GetWindowLongPtrW(window, GWLP_USERDATA));
 }
 
 void Notifier::attachTo(WindowHandle window) {

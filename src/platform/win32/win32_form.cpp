@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <bit>
 #include <exception>
 #include <iterator>
 
@@ -15,7 +16,7 @@ constexpr DWORD formStyle = WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN;
 constexpr UINT_PTR wakeUpTimer = 1;
 
 LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
-    auto* const form = reinterpret_cast<Win32Form*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    auto* const form = std::bit_cast<Win32Form*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (form != nullptr && form->receive(message, first, second)) {
         return 0;
     }
@@ -184,7 +185,7 @@ bool Win32Form::receive(MessageCode message, FirstArgument first, SecondArgument
 bool Win32Form::take(MessageCode message, FirstArgument first, SecondArgument second) {
     switch (message) {
         case WM_COMMAND:
-            controlNotifies(reinterpret_cast<HWND>(second), HIWORD(first));
+            controlNotifies(std::bit_cast<HWND>(second), HIWORD(first));
             return true;
         case WM_TIMER:
             observer_.wokenUp();

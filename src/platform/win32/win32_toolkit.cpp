@@ -185,7 +185,7 @@ auto Win32Toolkit::showDialog(const Dialog& dialog) {
     if (form_ != nullptr) {
         wakeUpAtNextTick();
     }
-    const auto answer = dialog(shown ? form_->handle() : nullptr);
+    auto answer = dialog(shown ? form_->handle() : nullptr);
     --openDialogs_;
     MSG quit;
     PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);

@@ -3,13 +3,13 @@
 #include <windows.h>
 
 #include <array>
+#include <bit>
 
 #include "base/runtime_error.h"
 #include "platform/win32/win32_toolkit.h"
 
 namespace platform::win32 {
 
-using base::ErrorNumber;
 using base::RuntimeError;
 
 namespace {
@@ -100,7 +100,7 @@ std::string systemText(DWORD error) {
 /// The name goes with the window as an atom, because a property can hold no text.
 void attachName(HWND window, const std::string& name) {
     const ATOM atom = GlobalAddAtomW(toWide(name).c_str());
-    SetPropW(window, controlNameProperty, reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(atom)));
+    SetPropW(window, controlNameProperty, std::bit_cast<HANDLE>(static_cast<ULONG_PTR>(atom)));
 }
 
 void detachName(HWND window) {
@@ -143,7 +143,7 @@ Pixels toPixels(const Bounds& bounds) {
 }
 
 Window::Window(const WindowPlan& plan) : name_(plan.name) {
-    const auto id = reinterpret_cast<HMENU>(static_cast<LONG_PTR>(plan.id));
+    const auto id = std::bit_cast<HMENU>(static_cast<LONG_PTR>(plan.id));
     handle_ = CreateWindowExW(plan.extendedStyle, plan.windowClass, toWide(plan.text).c_str(), plan.style,
                               plan.place.left, plan.place.top, plan.place.width, plan.place.height,
                               plan.parent, id, GetModuleHandleW(nullptr), nullptr);
@@ -176,7 +176,7 @@ SecondArgument Window::send(MessageCode message, FirstArgument first, SecondArgu
 }
 
 int Window::widthOf(const std::wstring& text) const {
-    return measure(handle_, reinterpret_cast<HFONT>(send(WM_GETFONT)), text).text;
+    return measure(handle_, std::bit_cast<HFONT>(send(WM_GETFONT)), text).text;
 }
 
 /// The layout leaves no room for the letters of every system: those of the fonts that stand in for the real

@@ -9,8 +9,10 @@
 
 #include "platform/ui.h"
 
+// The system's own names. NOLINTBEGIN(bugprone-reserved-identifier)
 struct HFONT__;
 struct HWND__;
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace platform::win32 {
 

@@ -50,6 +50,15 @@ TEST(DateTime, ReadsRfc3339AsLocalTime) {
     EXPECT_EQ(read("2002-03-05T09:07:04"), "2002-03-05 09:07:04");
 }
 
+TEST(DateTime, ReadsRfc3339FarAwayAsLocalTime) {
+    const fakes::TimeZone zone("TST-3");
+    EXPECT_EQ(read("1901-02-28T22:00:00Z"), "1901-03-01 01:00:00");
+    EXPECT_EQ(read("1969-12-31T23:59:59Z"), "1970-01-01 02:59:59");
+    EXPECT_EQ(read("2038-01-19T03:14:08Z"), "2038-01-19 06:14:08");
+    EXPECT_EQ(read("9998-12-31T23:00:00Z"), "9999-01-01 02:00:00");
+    EXPECT_EQ(read("9999-12-31T23:00:00Z"), "no date");
+}
+
 TEST(DateTime, IgnoresBlanksAroundTheText) {
     EXPECT_EQ(read("  2002-03-05 "), "2002-03-05 00:00:00");
 }
