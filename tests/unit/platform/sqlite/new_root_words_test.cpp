@@ -1,0 +1,163 @@
+// Root words are kept back until the library is written or read anyway. Nobody may notice but by the speed.
+#include <filesystem>
+
+#include "unit/platform/sqlite/library_fixture.h"
+
+namespace {
+
+class NewRootWordsTest : public LibraryTest {
+  protected:
+    int add(platform::Connection& to, const std::string& word) {
+        to.execute("INSERT INTO root_word ( word ) VALUES( '" + word + "')");
+        auto key = engine_.createRecordset();
+        key->open("SELECT @@IDENTITY AS id_root_word FROM root_word", to, platform::CursorType::fixed,
+                  platform::LockType::optimistic);
+        return key->field("id_root_word").toInt32();
+    }
+    int add(const std::string& word) { return add(connection(), word); }
+
+    /// The words as another program finds them, with their keys.
+    std::vector<std::string> seen() {
+        platform::SqliteEngine other{{std::chrono::milliseconds(50), 2048}};
+        const auto looking = other.open({path(), {}, {}, {}});
+        std::vector<std::string> found;
+        for (const auto rows = looking->query("SELECT id, word FROM root_word ORDER BY id"); !rows->eof();
+             rows->moveNext()) {
+            found.push_back(rows->field("id").toText() + " " + rows->field("word").toText());
+        }
+        return found;
+    }
+
+    void exec(const std::string& statement) {
+        platform::SqliteEngine other{{std::chrono::milliseconds(50), 2048}};
+        other.open({path(), {}, {}, {}})->execute(statement);
+    }
+
+    using Seen = std::vector<std::string>;
+};
+
+TEST_F(NewRootWordsTest, AreTakenIntoTheLibraryByTheNextTransaction) {
+    EXPECT_EQ(add("river"), 1);
+    EXPECT_EQ(add("boat"), 2);
+    EXPECT_EQ(seen(), Seen{});
+    connection().beginTrans();
+    connection().commitTrans();
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 boat"}));
+    EXPECT_EQ(add("pier"), 3);
+}
+
+TEST_F(NewRootWordsTest, AreThereForEveryOtherStatementOfTheConnection) {
+    add("river");
+    EXPECT_EQ(texts("SELECT word FROM root_word", "word"), Seen{"river"});
+    add("boat");
+    run("UPDATE root_word SET word = 'ship' WHERE word = 'boat'");
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 ship"}));
+    add("pier");
+    run("INSERT INTO root_word (word) VALUES ('quay')");
+    EXPECT_EQ(value("SELECT @@IDENTITY AS id FROM root_word", "id").toInt32(), 4);
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 ship", "3 pier", "4 quay"}));
+}
+
+TEST_F(NewRootWordsTest, AreWrittenWhenTheConnectionClosesOrEnds) {
+    add("river");
+    connection().close();
+    EXPECT_EQ(seen(), Seen{"1 river"});
+    connection_.reset();
+    add("boat");
+    connection_.reset();
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 boat"}));
+}
+
+TEST_F(NewRootWordsTest, SurviveTheRollbackOfTheTransactionThatTookThem) {
+    add("river");
+    connection().beginTrans();
+    run("INSERT INTO prv (last_prv) VALUES (1)");
+    connection().rollbackTrans();
+    EXPECT_EQ(add("boat"), 2);
+    connection().beginTrans();
+    connection_.reset();
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 boat"}));
+    EXPECT_TRUE(texts("SELECT id FROM prv", "id").empty());
+}
+
+TEST_F(NewRootWordsTest, GetKeysThatNoOtherProgramGets) {
+    add("river");
+    exec("INSERT INTO root_word (word) VALUES ('boat')");
+    EXPECT_EQ(add("pier"), 2);
+    EXPECT_EQ(texts("SELECT word FROM root_word ORDER BY id", "word"), (Seen{"river", "pier", "boat"}));
+    EXPECT_EQ(add("quay"), 258);
+}
+
+TEST_F(NewRootWordsTest, GetAsManyKeysAsThereAreWords) {
+    for (int i = 1; i <= 600; ++i) {
+        ASSERT_EQ(add("word" + std::to_string(i)), i);
+    }
+    EXPECT_EQ(texts("SELECT id FROM root_word", "id").size(), 600U);
+    exec("INSERT INTO root_word (word) VALUES ('river')");
+    EXPECT_EQ(seen().back(), "601 river");
+}
+
+TEST_F(NewRootWordsTest, NeverGetAKeyThatADeletedWordHad) {
+    run("INSERT INTO root_word (id, word) VALUES (40, 'river')");
+    run("DELETE * FROM root_word WHERE id = 40");
+    EXPECT_EQ(add("boat"), 41);
+}
+
+TEST_F(NewRootWordsTest, GetTheirKeyOfALibraryWhoseKeysWereNeverCounted) {
+    run("INSERT INTO root_word (id, word) VALUES (7, 'river')");
+    run("DELETE FROM sqlite_sequence");
+    EXPECT_EQ(add("boat"), 8);
+    EXPECT_EQ(texts("SELECT id FROM root_word", "id"), (Seen{"7", "8"}));
+}
+
+TEST_F(NewRootWordsTest, RaiseWhereTheirInsertWouldHaveRaised) {
+    const auto other = connect();
+    other->beginTrans();
+    EXPECT_NE(errorOf([this] { add("river"); }).find("locked"), std::string::npos);
+    other->rollbackTrans();
+    EXPECT_EQ(add("river"), 1);
+    std::filesystem::rename(path(), folder_ / "away.db");
+    EXPECT_NE(errorOf([this] { add("boat"); }).find("does not exist"), std::string::npos);
+    std::filesystem::rename(folder_ / "away.db", path());
+    EXPECT_EQ(add("boat"), 2);
+    EXPECT_EQ(texts("SELECT word FROM root_word ORDER BY id", "word"), (Seen{"river", "boat"}));
+}
+
+TEST_F(NewRootWordsTest, AreNotLostToALockThatOutlastsTheConnection) {
+    add("river");
+    platform::SqliteEngine other{{std::chrono::milliseconds(50), 2048}};
+    const auto holder = other.open({path(), {}, {}, {}});
+    holder->beginTrans();
+    EXPECT_FALSE(errorOf([this] { connection().beginTrans(); }).empty());
+    EXPECT_FALSE(errorOf([this] { openFixed("SELECT id FROM root_word"); }).empty());
+    connection_.reset();
+    holder->rollbackTrans();
+    EXPECT_EQ(texts("SELECT word FROM root_word", "word"), Seen{"river"});
+}
+
+TEST_F(NewRootWordsTest, AreWrittenOneByOneWhereATriggerMayRefuseThem) {
+    exec("CREATE TRIGGER refuse BEFORE INSERT ON root_word BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    EXPECT_NE(errorOf([this] { add("river"); }).find("refused"), std::string::npos);
+    exec("DROP TRIGGER refuse");
+    EXPECT_EQ(add("river"), 1);
+    EXPECT_EQ(seen(), Seen{"1 river"});
+}
+
+TEST_F(NewRootWordsTest, AreWrittenOneByOneWhereAWordMayStandOnlyOnce) {
+    exec("CREATE UNIQUE INDEX once ON root_word (word)");
+    add("river");
+    EXPECT_FALSE(errorOf([this] { add("river"); }).empty());
+}
+
+TEST_F(NewRootWordsTest, AreKeptWhenTheirWritingFailsAndWrittenOnceItSucceeds) {
+    add("river");
+    exec("CREATE TRIGGER refuse BEFORE INSERT ON root_word BEGIN SELECT RAISE(ABORT, 'refused'); END");
+    EXPECT_NE(errorOf([this] { connection().beginTrans(); }).find("refused"), std::string::npos);
+    EXPECT_NE(errorOf([this] { run("UPDATE prv SET last_prv = 1"); }).find("refused"), std::string::npos);
+    exec("DROP TRIGGER refuse");
+    connection().beginTrans();
+    connection().commitTrans();
+    EXPECT_EQ(seen(), Seen{"1 river"});
+}
+
+}  // namespace
