@@ -75,9 +75,11 @@ Handle::~Handle() {
 /// is open here, wherever it lies now, unless somebody has written over it.
 void Handle::writeNewRootWords() noexcept {
     try {
-        if (!newRootWords_.areWritten() && !isDamaged_) {
+        if (!isDamaged_ && newRootWords_.isInUse()) {
             static_cast<void>(file_.checkContent(database_.get()));
             newRootWords_.write();
+            sqlite3_busy_timeout(database_.get(), 0);  // nobody waits for keys that are never given
+            newRootWords_.giveBackKeys();
         }
     } catch (const std::exception&) {
         return;  // no row of the library refers to them: no other statement has run since

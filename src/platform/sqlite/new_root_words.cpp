@@ -15,7 +15,7 @@ constexpr std::string_view insertHead = "INSERT INTO root_word ( word ) VALUES( 
 constexpr std::string_view insertTail = "')";
 constexpr std::string_view readKey = "SELECT @@IDENTITY AS id_root_word FROM root_word";
 
-// Keys are reserved so many at a time, and what is left goes back with the next write.
+// Keys are reserved so many at a time, and what is left goes back when the file is closed.
 constexpr std::int32_t reservedAtOnce = 256;
 constexpr std::size_t mostKept = 8192;
 
@@ -62,6 +62,11 @@ bool NewRootWords::answers(std::string_view statement, std::int32_t identity) co
     return !words_.empty() && words_.back().id == identity && statement == readKey;
 }
 
+bool NewRootWords::canWaitFor(std::string_view statement) {
+    return statement.starts_with("INSERT INTO important_text ") ||
+           statement.starts_with("INSERT INTO annotation_section ");
+}
+
 bool NewRootWords::canKeep() {
     if (canKeep_ == Answer::unknown) {
         canKeep_ = readCanKeep() ? Answer::yes : Answer::no;
@@ -93,13 +98,14 @@ void NewRootWords::reserveKeys(std::string_view insert) {
 }
 
 std::int32_t NewRootWords::advanceSequence() {
-    static constexpr std::string_view insert =
-        "INSERT INTO sqlite_sequence (name, seq) SELECT 'root_word', coalesce(max(id), 0) FROM root_word WHERE NOT "
-        "EXISTS (SELECT name FROM sqlite_sequence WHERE name = 'root_word')";
     static constexpr std::string_view read = "SELECT seq FROM sqlite_sequence WHERE name = 'root_word'";
-    run(insert);
-    run("UPDATE sqlite_sequence SET seq = max(seq, (SELECT coalesce(max(id), 0) FROM root_word)) + " +
-        std::to_string(reservedAtOnce) + " WHERE name = 'root_word'");
+    const std::string reserved = std::to_string(reservedAtOnce);
+    run("UPDATE sqlite_sequence SET seq = max(seq, (SELECT coalesce(max(id), 0) FROM root_word)) + " + reserved +
+        " WHERE name = 'root_word'");
+    if (handle_.changedRows() == 0) {
+        run("INSERT INTO sqlite_sequence (name, seq) SELECT 'root_word', coalesce(max(id), 0) + " + reserved +
+            " FROM root_word");
+    }
     Statement statement = handle_.prepare(read, 0, Texts::stay);
     statement.step(read);
     return statement.row(*statement.columns()).at(0).toInt32();
@@ -129,12 +135,10 @@ void NewRootWords::write() {
 }
 
 void NewRootWords::insertWords() {
-    keysBefore_ = keys_;
     for (std::size_t i = written_; i < words_.size(); ++i) {
         const Word& word = words_[i];
         run("INSERT INTO root_word (id, word) VALUES (" + std::to_string(word.id) + ", '" + word.text + "')");
     }
-    giveBackKeys();
     written_ = words_.size();
 }
 
@@ -153,10 +157,7 @@ void NewRootWords::committed() {
 }
 
 void NewRootWords::rolledBack() {
-    if (written_ > 0) {
-        keys_ = keysBefore_;
-        written_ = 0;
-    }
+    written_ = 0;
 }
 
 void NewRootWords::run(std::string_view statement) {

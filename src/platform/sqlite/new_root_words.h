@@ -24,6 +24,9 @@ class NewRootWords {
     /// Whether the statement asks for the key that was given last, and that is the key of a word kept here.
     [[nodiscard]] bool answers(std::string_view statement, std::int32_t identity) const;
 
+    /// Whether the statement neither reads words nor refers to any, so that they need not be written before it.
+    [[nodiscard]] static bool canWaitFor(std::string_view statement);
+
     /// Writes the words, in a transaction of its own where none is open. When it raises a RuntimeError they stay kept.
     void write();
 
@@ -31,7 +34,13 @@ class NewRootWords {
     void committed();
     void rolledBack();
 
+    /// Gives the keys back that no word has got.
+    void giveBackKeys();
+
     [[nodiscard]] bool areWritten() const { return written_ == words_.size(); }
+
+    /// Whether there are words to write or keys to give back.
+    [[nodiscard]] bool isInUse() const { return !areWritten() || keys_.next <= keys_.last; }
 
     /// The tables may have changed: whether words can be kept has to be looked up anew.
     void forgetTables() { canKeep_ = Answer::unknown; }
@@ -52,14 +61,12 @@ class NewRootWords {
     void reserveKeys(std::string_view insert);
     std::int32_t advanceSequence();
     void insertWords();
-    void giveBackKeys();
     void run(std::string_view statement);
 
     Handle& handle_;
     std::vector<Word> words_;
     std::size_t written_ = 0;  // of words_, in the open transaction
     Keys keys_;                // reserved and not yet given to a word
-    Keys keysBefore_;          // the same before the open transaction
     Answer canKeep_ = Answer::unknown;
 };
 

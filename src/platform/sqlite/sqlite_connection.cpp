@@ -43,7 +43,7 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
         identity_ = id;
         return;
     }
-    ready(open);
+    ready(open, statement);
     if (isOrphanPurge(statement) && open.notesReleasedWords()) {
         purgeOrphans(open);
         return;
@@ -55,12 +55,14 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
     }
 }
 
-/// Every statement but the insert of a root word finds the words before it in the library.
-void SqliteConnection::ready(Handle& open) {
+/// Readies the handle for a statement, which finds the words added before it in the library.
+void SqliteConnection::ready(Handle& open, std::string_view statement) {
     if (!open.isInTransaction()) {
         open.checkFile();
     }
-    open.newRootWords().write();
+    if (!NewRootWords::canWaitFor(statement)) {
+        open.newRootWords().write();
+    }
 }
 
 std::optional<std::int32_t> SqliteConnection::keyOfNewRootWord(std::string_view statement) {
@@ -78,7 +80,7 @@ std::unique_ptr<Recordset> SqliteConnection::query(std::string_view statement, i
 
 Statement SqliteConnection::prepareQuery(std::string_view statement) {
     Handle& open = handle();
-    ready(open);
+    ready(open, statement);
     Statement prepared = open.prepare(statement, identity_, Texts::vanish);
     if (!prepared.isQuery()) {
         fail("The statement gives no rows, so that no recordset can be opened on it: " +
@@ -160,7 +162,7 @@ void SqliteConnection::release() noexcept {
 void SqliteConnection::writeNewRootWords() noexcept {
     try {
         if (!handle_->newRootWords().areWritten()) {
-            ready(*handle_);
+            ready(*handle_, {});
         }
     } catch (const std::exception&) {
         return;

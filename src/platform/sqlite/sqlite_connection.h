@@ -38,7 +38,7 @@ class SqliteConnection : public Connection {
 
   private:
     Handle& handle();
-    static void ready(Handle& open);
+    static void ready(Handle& open, std::string_view statement);
     void writeNewRootWords() noexcept;
     void settleRecordsets();
     void runControl(std::string_view statement);

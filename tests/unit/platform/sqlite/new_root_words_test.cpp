@@ -54,8 +54,18 @@ TEST_F(NewRootWordsTest, AreThereForEveryOtherStatementOfTheConnection) {
     EXPECT_EQ(seen(), (Seen{"1 river", "2 ship"}));
     add("pier");
     run("INSERT INTO root_word (word) VALUES ('quay')");
-    EXPECT_EQ(value("SELECT @@IDENTITY AS id FROM root_word", "id").toInt32(), 4);
-    EXPECT_EQ(seen(), (Seen{"1 river", "2 ship", "3 pier", "4 quay"}));
+    EXPECT_EQ(value("SELECT @@IDENTITY AS id FROM root_word", "id").toInt32(), 257);
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 ship", "3 pier", "257 quay"}));
+}
+
+TEST_F(NewRootWordsTest, WaitForAStatementThatHasNothingToDoWithWords) {
+    add("river");
+    run("INSERT INTO important_text (id_document, type) SELECT 1, search_weight.type FROM search_weight");
+    EXPECT_EQ(seen(), Seen{});
+    EXPECT_EQ(add("boat"), 2);
+    connection().beginTrans();
+    connection().commitTrans();
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 boat"}));
 }
 
 TEST_F(NewRootWordsTest, AreWrittenWhenTheConnectionClosesOrEnds) {
@@ -85,7 +95,7 @@ TEST_F(NewRootWordsTest, GetKeysThatNoOtherProgramGets) {
     exec("INSERT INTO root_word (word) VALUES ('boat')");
     EXPECT_EQ(add("pier"), 2);
     EXPECT_EQ(texts("SELECT word FROM root_word ORDER BY id", "word"), (Seen{"river", "pier", "boat"}));
-    EXPECT_EQ(add("quay"), 258);
+    EXPECT_EQ(add("quay"), 3);
 }
 
 TEST_F(NewRootWordsTest, GetAsManyKeysAsThereAreWords) {
@@ -94,7 +104,15 @@ TEST_F(NewRootWordsTest, GetAsManyKeysAsThereAreWords) {
     }
     EXPECT_EQ(texts("SELECT id FROM root_word", "id").size(), 600U);
     exec("INSERT INTO root_word (word) VALUES ('river')");
-    EXPECT_EQ(seen().back(), "601 river");
+    EXPECT_EQ(seen().back(), "769 river");
+}
+
+TEST_F(NewRootWordsTest, LeaveTheKeysThatTheyDidNotNeedToOthers) {
+    {
+        platform::SqliteEngine other;
+        add(*other.open({path(), {}, {}, {}}), "river");
+    }
+    EXPECT_EQ(add("boat"), 2);
 }
 
 TEST_F(NewRootWordsTest, NeverGetAKeyThatADeletedWordHad) {
