@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/runtime_error.h"
+#include "platform/sqlite/index_statistics.h"
 #include "platform/sqlite/sqlite_error.h"
 
 namespace platform::sqlite {
@@ -52,6 +53,7 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
             checkPages();
         }
         checkIsLibrary();
+        restoreIndexStatistics(database_.get());
     } catch (...) {
         forgetIdleShapes();  // a file with statements left is not closed
         throw;
@@ -71,8 +73,8 @@ Handle::~Handle() {
     }
 }
 
-/// Words that could not be written before: whoever locked the library may be gone by now. They belong to the file that
-/// is open here, wherever it lies now, unless somebody has written over it.
+/// Words that could not be written before: whoever locked the library may be gone by now. They belong to the
+/// file that is open here, wherever it lies now, unless somebody has written over it.
 void Handle::writeNewRootWords() noexcept {
     try {
         if (!isDamaged_ && newRootWords_.isInUse()) {

@@ -57,8 +57,8 @@ class Handle {
     /// Ends a transaction that has failed; does nothing where none is open.
     void rollBackQuietly() noexcept;
 
-    /// The root words that are not written yet. No other statement than the service's insert of a root word may
-    /// run before they are.
+    /// The root words that are not written yet. No other statement than the service's insert of a root word
+    /// may run before they are.
     NewRootWords& newRootWords() { return newRootWords_; }
 
     /// Whether the library notes which root words may have lost their last hit.

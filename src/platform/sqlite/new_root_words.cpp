@@ -19,12 +19,15 @@ constexpr std::string_view readKey = "SELECT @@IDENTITY AS id_root_word FROM roo
 constexpr std::int32_t reservedAtOnce = 256;
 constexpr std::size_t mostKept = 8192;
 
-// A trigger or a unique index may refuse a word or do something else with it: then each is written at once, so
-// that its own insert tells. So it is when the keys do not come from sqlite_sequence.
+// A trigger or a unique index may refuse a word or do something else with it: then each is written at once,
+// so that its own insert tells. So it is when the keys do not come from sqlite_sequence.
 constexpr std::string_view askTables =
-    "SELECT (SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = 'root_word' COLLATE NOCASE AND sql "
-    "LIKE '%AUTOINCREMENT%') AS tables, (SELECT count(*) FROM sqlite_schema WHERE type = 'trigger' AND tbl_name = "
-    "'root_word' COLLATE NOCASE AND name NOT IN ('root_word_added', 'root_word_renumbered')) AS triggers, (SELECT "
+    "SELECT (SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = 'root_word' COLLATE NOCASE "
+    "AND sql "
+    "LIKE '%AUTOINCREMENT%') AS tables, (SELECT count(*) FROM sqlite_schema WHERE type = 'trigger' AND "
+    "tbl_name = "
+    "'root_word' COLLATE NOCASE AND name NOT IN ('root_word_added', 'root_word_renumbered')) AS triggers, "
+    "(SELECT "
     "count(*) FROM pragma_index_list('root_word') WHERE [unique] <> 0) AS refusing";
 
 std::string_view wordOf(std::string_view statement) {
@@ -100,8 +103,8 @@ void NewRootWords::reserveKeys(std::string_view insert) {
 std::int32_t NewRootWords::advanceSequence() {
     static constexpr std::string_view read = "SELECT seq FROM sqlite_sequence WHERE name = 'root_word'";
     const std::string reserved = std::to_string(reservedAtOnce);
-    run("UPDATE sqlite_sequence SET seq = max(seq, (SELECT coalesce(max(id), 0) FROM root_word)) + " + reserved +
-        " WHERE name = 'root_word'");
+    run("UPDATE sqlite_sequence SET seq = max(seq, (SELECT coalesce(max(id), 0) FROM root_word)) + " +
+        reserved + " WHERE name = 'root_word'");
     if (handle_.changedRows() == 0) {
         run("INSERT INTO sqlite_sequence (name, seq) SELECT 'root_word', coalesce(max(id), 0) + " + reserved +
             " FROM root_word");

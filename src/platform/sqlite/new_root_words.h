@@ -1,6 +1,6 @@
-// NewRootWords keeps the root words that were added outside any transaction until the library is written or read
-// anyway. A document brings hundreds of new words, each by a statement of its own; a transaction for each would
-// cost more than all of the document's other rows. Every handle owns one.
+// NewRootWords keeps the root words that were added outside any transaction until the library is written or
+// read anyway. A document brings hundreds of new words, each by a statement of its own; a transaction for
+// each would cost more than all of the document's other rows. Every handle owns one.
 #pragma once
 
 #include <cstddef>
@@ -18,16 +18,19 @@ class NewRootWords {
     explicit NewRootWords(Handle& handle) : handle_(handle) {}
 
     /// Keeps the word when the statement is the service's insert of one, and tells the key that it has from
-    /// now on; 0 when the statement has to run as it is. Raises a RuntimeError when the library cannot take the word.
+    /// now on; 0 when the statement has to run as it is. Raises a RuntimeError when the library cannot take
+    /// the word.
     std::int32_t keep(std::string_view statement);
 
     /// Whether the statement asks for the key that was given last, and that is the key of a word kept here.
     [[nodiscard]] bool answers(std::string_view statement, std::int32_t identity) const;
 
-    /// Whether the statement neither reads words nor refers to any, so that they need not be written before it.
+    /// Whether the statement neither reads words nor refers to any, so that they need not be written before
+    /// it.
     [[nodiscard]] static bool canWaitFor(std::string_view statement);
 
-    /// Writes the words, in a transaction of its own where none is open. When it raises a RuntimeError they stay kept.
+    /// Writes the words, in a transaction of its own where none is open. When it raises a RuntimeError they
+    /// stay kept.
     void write();
 
     /// The transaction that the words were written in has ended.

@@ -29,7 +29,8 @@ class SqliteConnection : public Connection {
 
     /// For the recordsets: a query ready to run. `statement` must stay alive and where it is.
     Statement prepareQuery(std::string_view statement);
-    /// The key of the root word that was added last, when the query asks for it and the word is not written yet.
+    /// The key of the root word that was added last, when the query asks for it and the word is not written
+    /// yet.
     std::optional<std::int32_t> keyOfNewRootWord(std::string_view statement);
     void trace(std::string_view statement) const { pool_->trace(statement); }
 

@@ -1,5 +1,5 @@
-// The index of hits: found by word through groups of documents, and purged of words without hits by looking at those
-// only that may have lost theirs.
+// The index of hits: found by word through groups of documents, and purged of words without hits by looking
+// at those only that may have lost theirs.
 #include <gmock/gmock.h>
 
 #include <random>
@@ -30,9 +30,10 @@ class WordIndexTest : public LibraryTest {
 
     /// The words that the purge has to leave: a plain scan, which no index and no note can lead astray.
     std::vector<std::string> wordsWithHits() {
-        return texts("SELECT id FROM root_word WHERE +id IN (SELECT +id_root_word FROM word_index NOT INDEXED) "
-                     "ORDER BY id",
-                     "id");
+        return texts(
+            "SELECT id FROM root_word WHERE +id IN (SELECT +id_root_word FROM word_index NOT INDEXED) "
+            "ORDER BY id",
+            "id");
     }
     void purge() { run(orphanPurge); }
 
@@ -143,8 +144,9 @@ TEST_F(WordIndexTest, HitsOfAWordAreFoundWhateverGroupTheirDocumentIsIn) {
     connection().commitTrans();
     for (const int word : {0, 3, 48, 49}) {
         const std::string where = " WHERE id_root_word = " + std::to_string(word) + " ORDER BY 1";
-        EXPECT_EQ(texts("SELECT id_document_object FROM word_index" + where, "id_document_object"),
-                  texts("SELECT id_document_object FROM word_index NOT INDEXED" + where, "id_document_object"))
+        EXPECT_EQ(
+            texts("SELECT id_document_object FROM word_index" + where, "id_document_object"),
+            texts("SELECT id_document_object FROM word_index NOT INDEXED" + where, "id_document_object"))
             << word;
     }
     EXPECT_EQ(texts("SELECT hit_count FROM word_index WHERE id_document_object = 3 AND id_root_word = 3",
@@ -153,15 +155,36 @@ TEST_F(WordIndexTest, HitsOfAWordAreFoundWhateverGroupTheirDocumentIsIn) {
               3U);
 }
 
+TEST_F(WordIndexTest, TheNextConnectionMendsTheFiguresThatAnAnalysisHasReplaced) {
+    const std::string figures = "SELECT stat FROM sqlite_stat1 ORDER BY stat";
+    const auto before = texts(figures, "stat");
+    ASSERT_EQ(before.size(), 3U);
+    addHit(1, 1);
+    run("ANALYZE");
+    ASSERT_NE(texts(figures, "stat"), before);
+    platform::SqliteEngine other;
+    other.open({path(), {}, {}, {}});
+    EXPECT_EQ(
+        texts("SELECT stat FROM sqlite_stat1 WHERE tbl IN ('root_word', 'word_index') ORDER BY stat", "stat"),
+        before);
+    run("DROP TABLE sqlite_stat1");
+    platform::SqliteEngine another;
+    another.open({path(), {}, {}, {}});
+    connection_.reset();
+    EXPECT_EQ(texts(figures, "stat"), before);
+}
+
 TEST_F(WordIndexTest, LookUpsByWordGoThroughTheGroupsAlsoInJoinsAndAggregates) {
     const std::string index = "INDEX word_index_id_root_word (ANY(<expr>) AND id_root_word=?)";
-    for (const std::string query :
-         {"SELECT * FROM word_index WHERE id_root_word = 4",
-          "SELECT COUNT(*) FROM word_index WHERE id_root_word IN (4, 5)",
-          "SELECT id_document_object, SUM(hit_count) FROM root_word, word_index WHERE root_word.word = 'river' AND "
-          "id_root_word = root_word.id GROUP BY id_document_object",
-          "SELECT title FROM document_object INNER JOIN word_index ON document_object.id = id_document_object "
-          "INNER JOIN root_word ON root_word.id = id_root_word WHERE word = 'river' ORDER BY hit_count DESC"}) {
+    for (const std::string query : {"SELECT * FROM word_index WHERE id_root_word = 4",
+                                    "SELECT COUNT(*) FROM word_index WHERE id_root_word IN (4, 5)",
+                                    "SELECT id_document_object, SUM(hit_count) FROM root_word, word_index "
+                                    "WHERE root_word.word = 'river' AND "
+                                    "id_root_word = root_word.id GROUP BY id_document_object",
+                                    "SELECT title FROM document_object INNER JOIN word_index ON "
+                                    "document_object.id = id_document_object "
+                                    "INNER JOIN root_word ON root_word.id = id_root_word WHERE word = "
+                                    "'river' ORDER BY hit_count DESC"}) {
         const auto plan = texts("EXPLAIN QUERY PLAN " + query, "detail");
         EXPECT_THAT(plan, testing::Contains(HasSubstr(index))) << query;
         EXPECT_THAT(plan, Each(testing::Not(HasSubstr("SCAN ")))) << query;
