@@ -127,7 +127,7 @@ CREATE TABLE root_word (
 );
 -- Ordered within groups of words that were added one after the other, for the same reason as word_index_id_root_word
 -- below. Not unique: the indexer repeats a failing insert without end, so a refused word would halt it.
-CREATE INDEX root_word_word ON root_word (id / 1024, word);
+CREATE INDEX root_word_word ON root_word (id / 2048, word);
 
 CREATE TABLE word_noise (
   term TEXT COLLATE NOCASE NOT NULL PRIMARY KEY
@@ -273,7 +273,7 @@ INSERT INTO word_noise (term) VALUES
 ANALYZE sqlite_schema;
 DELETE FROM sqlite_stat1 WHERE tbl IN ('root_word', 'word_index');
 INSERT INTO sqlite_stat1 (tbl, idx, stat) VALUES
-  ('root_word', 'root_word_word', '150000 1024 1'),
+  ('root_word', 'root_word_word', '150000 2048 1'),
   ('word_index', 'word_index_id_document_object', '3000000 760'),
   ('word_index', 'word_index_id_root_word', '3000000 12160 2');
 

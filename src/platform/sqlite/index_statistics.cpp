@@ -13,7 +13,7 @@ constexpr const char* hasGroupedIndexes =
 // then holds it for cheaper to read the words of every document than to go through the groups of an index.
 constexpr const char* differs =
     "SELECT 1 WHERE 3 <> (SELECT count(*) FROM sqlite_stat1 WHERE (idx, stat) IN "
-    "(VALUES ('root_word_word', '150000 1024 1'), ('word_index_id_document_object', '3000000 760'), "
+    "(VALUES ('root_word_word', '150000 2048 1'), ('word_index_id_document_object', '3000000 760'), "
     "('word_index_id_root_word', '3000000 12160 2'))) "
     "OR 3 <> (SELECT count(*) FROM sqlite_stat1 WHERE tbl IN ('root_word', 'word_index'))";
 
@@ -21,7 +21,7 @@ constexpr const char* restore =
     "BEGIN IMMEDIATE;"
     "ANALYZE sqlite_schema;"
     "DELETE FROM sqlite_stat1 WHERE tbl IN ('root_word', 'word_index');"
-    "INSERT INTO sqlite_stat1 (tbl, idx, stat) VALUES ('root_word', 'root_word_word', '150000 1024 1'),"
+    "INSERT INTO sqlite_stat1 (tbl, idx, stat) VALUES ('root_word', 'root_word_word', '150000 2048 1'),"
     " ('word_index', 'word_index_id_document_object', '3000000 760'),"
     " ('word_index', 'word_index_id_root_word', '3000000 12160 2');"
     "COMMIT;"
