@@ -1,4 +1,7 @@
 // Root words are kept back until the library is written or read anyway. Nobody may notice but by the speed.
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "unit/platform/sqlite/library_fixture.h"
@@ -176,6 +179,67 @@ TEST_F(NewRootWordsTest, AreKeptWhenTheirWritingFailsAndWrittenOnceItSucceeds) {
     connection().beginTrans();
     connection().commitTrans();
     EXPECT_EQ(seen(), Seen{"1 river"});
+}
+
+/// A process that indexes documents and ends without a word at one of its statements.
+class KilledNewRootWords : public NewRootWordsTest {
+  protected:
+    void indexDocuments(platform::SqliteEngine& engine) {
+        const auto job = engine.open({path(), {}, {}, {}});
+        for (int document = 1; document <= 4; ++document) {
+            std::vector<int> keys;
+            for (int word = 0; word < 5; ++word) {
+                keys.push_back(add(*job, "d" + std::to_string(document) + "w" + std::to_string(word)));
+            }
+            job->beginTrans();
+            for (const int key : keys) {
+                job->execute(
+                    "INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "
+                    "first_matching_sentence ) VALUES( " +
+                    std::to_string(document) + ", 1 , 2, 1, " + std::to_string(key) + ", 1 )");
+            }
+            job->commitTrans();
+        }
+    }
+
+    /// Runs that in a process of its own up to the numbered statement.
+    void indexUpTo(int statement) {
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            platform::SqliteEngine engine;
+            engine.setTrace([&statement](std::string_view) {
+                if (--statement == 0) {
+                    ::_exit(0);
+                }
+            });
+            indexDocuments(engine);
+            ::_exit(1);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "statement " << statement;
+    }
+};
+
+TEST_F(KilledNewRootWords, NeverLeaveAHitWithoutItsWord) {
+    constexpr int statementsOfADocument = 5 * 2 + 1 + 5 + 1;
+    for (int kill = 1; kill <= 50; ++kill) {
+        indexUpTo(kill);
+        const int documents = (kill - 1) / statementsOfADocument;
+        EXPECT_EQ(texts("PRAGMA integrity_check", "integrity_check"), Seen{"ok"});
+        EXPECT_EQ(texts("SELECT id_root_word FROM word_index", "id_root_word").size(), 5U * documents)
+            << kill;
+        EXPECT_TRUE(texts("SELECT id_root_word FROM word_index WHERE id_root_word NOT IN (SELECT id FROM "
+                          "root_word)",
+                          "id_root_word")
+                        .empty())
+            << kill;
+        EXPECT_EQ(texts("SELECT DISTINCT word FROM root_word", "word").size(), 5U * documents) << kill;
+        run("DELETE * FROM word_index WHERE id_document_object > 0");
+        run("DELETE * FROM root_word WHERE id > 0");
+        connection_.reset();
+    }
 }
 
 }  // namespace

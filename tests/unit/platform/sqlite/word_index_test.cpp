@@ -90,6 +90,15 @@ TEST_F(WordIndexTest, ThePurgeInsideATransactionIsRolledBackWithIt) {
     EXPECT_TRUE(words().empty());
 }
 
+TEST_F(WordIndexTest, ThePurgeMindsNoGapsBetweenKeys) {
+    addWord(1);
+    addWord(2'000'000'000);
+    addWord(2'000'000'001);
+    addHit(5, 2'000'000'000);
+    purge();
+    EXPECT_EQ(words(), Words{"2000000000"});
+}
+
 TEST_F(WordIndexTest, ThePurgeWorksInALibraryThatNotesNothing) {
     run("DROP TRIGGER word_index_deleted");
     run("DROP TRIGGER word_index_updated");
