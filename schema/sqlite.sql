@@ -12,7 +12,7 @@ PRAGMA journal_mode = WAL;
 PRAGMA application_id = 1417237361; -- 'TySq'
 
 BEGIN;
-PRAGMA user_version = 1;
+PRAGMA user_version = 2;
 
 -- The queue: other programs insert, the indexer claims and deletes.
 
@@ -125,8 +125,9 @@ CREATE TABLE root_word (
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   word TEXT COLLATE NOCASE NOT NULL
 );
--- Not unique: the indexer repeats a failing insert without end, so a refused word would halt it.
-CREATE INDEX root_word_word ON root_word (word);
+-- Ordered within groups of words that were added one after the other, for the same reason as word_index_id_root_word
+-- below. Not unique: the indexer repeats a failing insert without end, so a refused word would halt it.
+CREATE INDEX root_word_word ON root_word (id / 2048, word);
 
 CREATE TABLE word_noise (
   term TEXT COLLATE NOCASE NOT NULL PRIMARY KEY
@@ -142,7 +143,35 @@ CREATE TABLE word_index (
   first_matching_sentence LONG
 );
 CREATE INDEX word_index_id_document_object ON word_index (id_document_object);
-CREATE INDEX word_index_id_root_word ON word_index (id_root_word);
+-- Ordered by word within groups of 16 documents. Ordered by word alone, each of a document's several hundred words would
+-- write to a page of its own somewhere in the index; a group is some forty pages, which the next documents write to as
+-- well. A look-up by word goes from group to group (SQLite calls it a skip-scan), for which SQLite must know from
+-- sqlite_stat1, at the end of this script, that groups are large.
+CREATE INDEX word_index_id_root_word ON word_index (id_document_object / 16, id_root_word);
+
+-- Which words may have lost their last hit since the indexer last deleted the words without any: those that are noted
+-- here, and those with a key above the noted one. The indexer need not look at any other then.
+CREATE TABLE word_release (
+  id_document_object LONG,
+  id_root_word LONG
+);
+CREATE TABLE word_purge (
+  last_root_word LONG NOT NULL
+);
+INSERT INTO word_purge (last_root_word) VALUES (0);
+
+CREATE TRIGGER word_index_deleted AFTER DELETE ON word_index BEGIN
+  INSERT INTO word_release (id_document_object, id_root_word) VALUES (OLD.id_document_object, OLD.id_root_word);
+END;
+CREATE TRIGGER word_index_updated AFTER UPDATE OF id_root_word ON word_index BEGIN
+  INSERT INTO word_release (id_document_object, id_root_word) VALUES (OLD.id_document_object, OLD.id_root_word);
+END;
+CREATE TRIGGER root_word_added AFTER INSERT ON root_word WHEN NEW.id <= (SELECT last_root_word FROM word_purge) BEGIN
+  INSERT INTO word_release (id_root_word) VALUES (NEW.id);
+END;
+CREATE TRIGGER root_word_renumbered AFTER UPDATE OF id ON root_word BEGIN
+  INSERT INTO word_release (id_root_word) VALUES (NEW.id);
+END;
 
 CREATE TABLE ascii_sentences (
   id_document_object LONG,
@@ -238,6 +267,15 @@ INSERT INTO word_noise (term) VALUES
   ('up'), ('upon'), ('us'), ('very'), ('was'), ('we'), ('were'), ('what'), ('when'), ('where'),
   ('whether'), ('which'), ('while'), ('who'), ('whom'), ('whose'), ('why'), ('will'), ('with'), ('within'),
   ('without'), ('would'), ('yet'), ('you'), ('your'), ('yours');
+
+-- How large the groups of the two grouped indexes are: a word stands in one row, a group in thousands.
+
+ANALYZE sqlite_schema;
+DELETE FROM sqlite_stat1 WHERE tbl IN ('root_word', 'word_index');
+INSERT INTO sqlite_stat1 (tbl, idx, stat) VALUES
+  ('root_word', 'root_word_word', '150000 2048 1'),
+  ('word_index', 'word_index_id_document_object', '3000000 760'),
+  ('word_index', 'word_index_id_root_word', '3000000 12160 2');
 
 -- Relevance: the row 'zzzzDef' holds for every data type without one of its own, and sorts behind them all.
 -- It stands last because of ROLLBACK: a shell goes on behind an error, and without it would add the kinds of text and

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/runtime_error.h"
+#include "platform/sqlite/index_statistics.h"
 #include "platform/sqlite/sqlite_error.h"
 
 namespace platform::sqlite {
@@ -52,6 +53,7 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
             checkPages();
         }
         checkIsLibrary();
+        restoreIndexStatistics(database_.get());
     } catch (...) {
         forgetIdleShapes();  // a file with statements left is not closed
         throw;
@@ -59,6 +61,7 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
 }
 
 Handle::~Handle() {
+    writeNewRootWords();
     forgetIdleShapes();
     if (!file_.isInPlace()) {
         // The log belongs to the file that is open here. Left beside the one that stands in its place now, it
@@ -67,6 +70,21 @@ Handle::~Handle() {
     } else if (!isSound()) {
         // Somebody has written over the file: nothing of ours goes into what it holds now.
         sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    }
+}
+
+/// Words that could not be written before: whoever locked the library may be gone by now. They belong to the
+/// file that is open here, wherever it lies now, unless somebody has written over it.
+void Handle::writeNewRootWords() noexcept {
+    try {
+        if (!isDamaged_ && newRootWords_.isInUse()) {
+            static_cast<void>(file_.checkContent(database_.get()));
+            newRootWords_.write();
+            sqlite3_busy_timeout(database_.get(), 0);  // nobody waits for keys that are never given
+            newRootWords_.giveBackKeys();
+        }
+    } catch (const std::exception&) {
+        return;  // no row of the library refers to them: no other statement has run since
     }
 }
 
@@ -119,6 +137,7 @@ void Handle::refresh() {
     if (version != schemaVersion_) {
         forgetIdleShapes();
         catalog_.forget();
+        newRootWords_.forgetTables();
         schemaVersion_ = version;
     }
     checkIsLibrary();
@@ -230,6 +249,16 @@ void Handle::forgetIdleShapes() {
 
 bool Handle::isInTransaction() const {
     return sqlite3_get_autocommit(database_.get()) == 0;
+}
+
+void Handle::rollBackQuietly() noexcept {
+    if (isInTransaction()) {
+        sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+}
+
+bool Handle::notesReleasedWords() const {
+    return catalog_.table("word_release") != nullptr && catalog_.table("word_purge") != nullptr;
 }
 
 std::int64_t Handle::changedRows() const {

@@ -13,6 +13,7 @@
 
 #include "platform/jet/lexer.h"
 #include "platform/sqlite/library_file.h"
+#include "platform/sqlite/new_root_words.h"
 #include "platform/sqlite/statement.h"
 #include "platform/sqlite/table_catalog.h"
 
@@ -53,6 +54,16 @@ class Handle {
 
     [[nodiscard]] bool isInTransaction() const;
 
+    /// Ends a transaction that has failed; does nothing where none is open.
+    void rollBackQuietly() noexcept;
+
+    /// The root words that are not written yet. No other statement than the service's insert of a root word
+    /// may run before they are.
+    NewRootWords& newRootWords() { return newRootWords_; }
+
+    /// Whether the library notes which root words may have lost their last hit.
+    [[nodiscard]] bool notesReleasedWords() const;
+
     /// Rows that the last INSERT, UPDATE or DELETE changed, and the key of the last row inserted.
     [[nodiscard]] std::int64_t changedRows() const;
     [[nodiscard]] std::int64_t lastRowKey() const;
@@ -76,6 +87,7 @@ class Handle {
     sqlite3_stmt* compile(const jet::Translation& translation, std::string_view text);
     [[noreturn]] void raiseCompileError(int code, const jet::Translation& translation, std::string_view text);
     void forgetIdleShapes();
+    void writeNewRootWords() noexcept;
     static void finalise(PreparedShape& shape);
 
     LibraryFile file_;
@@ -84,6 +96,7 @@ class Handle {
     std::atomic<std::size_t>& prepared_;
     jet::LexedStatement lexed_;
     Shapes shapes_;
+    NewRootWords newRootWords_{*this};
     std::int64_t schemaVersion_ = 0;
     bool isDamaged_ = false;
 };

@@ -6,6 +6,7 @@
 
 #include "base/checked.h"
 #include "base/runtime_error.h"
+#include "platform/sqlite/orphan_purge.h"
 #include "platform/sqlite/sqlite_error.h"
 #include "platform/sqlite/sqlite_recordset.h"
 
@@ -38,14 +39,37 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
     Handle& open = handle();
     trace(statement);
     settleRecordsets();
-    if (!open.isInTransaction()) {
-        open.checkFile();
+    if (const std::int32_t id = open.newRootWords().keep(statement); id != 0) {
+        identity_ = id;
+        return;
+    }
+    ready(open, statement);
+    if (isOrphanPurge(statement) && open.notesReleasedWords()) {
+        purgeOrphans(open);
+        return;
     }
     Statement prepared = open.prepare(statement, identity_, Texts::stay);
     prepared.step(statement);
     if (prepared.translation().givesAutoNumber && open.changedRows() > 0) {
         identity_ = base::narrow32(open.lastRowKey());
     }
+}
+
+/// Readies the handle for a statement, which finds the words added before it in the library.
+void SqliteConnection::ready(Handle& open, std::string_view statement) {
+    if (!open.isInTransaction()) {
+        open.checkFile();
+    }
+    if (!NewRootWords::canWaitFor(statement)) {
+        open.newRootWords().write();
+    }
+}
+
+std::optional<std::int32_t> SqliteConnection::keyOfNewRootWord(std::string_view statement) {
+    if (handle().newRootWords().answers(statement, identity_)) {
+        return identity_;
+    }
+    return std::nullopt;
 }
 
 std::unique_ptr<Recordset> SqliteConnection::query(std::string_view statement, int options) {
@@ -56,9 +80,7 @@ std::unique_ptr<Recordset> SqliteConnection::query(std::string_view statement, i
 
 Statement SqliteConnection::prepareQuery(std::string_view statement) {
     Handle& open = handle();
-    if (!open.isInTransaction()) {
-        open.checkFile();
-    }
+    ready(open, statement);
     Statement prepared = open.prepare(statement, identity_, Texts::vanish);
     if (!prepared.isQuery()) {
         fail("The statement gives no rows, so that no recordset can be opened on it: " +
@@ -78,14 +100,23 @@ void SqliteConnection::beginTrans() {
     // The write lock at once: a transaction that read first could meet rows that another connection has
     // changed since, and would then fail in its middle.
     runControl("BEGIN IMMEDIATE");
+    try {
+        open.newRootWords().write();
+    } catch (...) {
+        open.rollBackQuietly();
+        open.newRootWords().rolledBack();
+        throw;
+    }
 }
 
 void SqliteConnection::commitTrans() {
     endTransaction("COMMIT TRANSACTION", "COMMIT");
+    handle().newRootWords().committed();
 }
 
 void SqliteConnection::rollbackTrans() {
     endTransaction("ROLLBACK TRANSACTION", "ROLLBACK");
+    handle().newRootWords().rolledBack();
 }
 
 void SqliteConnection::endTransaction(std::string_view traced, std::string_view statement) {
@@ -118,10 +149,23 @@ void SqliteConnection::release() noexcept {
         if (handle_->isInTransaction()) {
             trace("ROLLBACK TRANSACTION");
             runControl("ROLLBACK");
+            handle_->newRootWords().rolledBack();
         }
+        writeNewRootWords();
         pool_->giveBack(std::move(handle_));
     } catch (const std::exception&) {
         handle_.reset();  // closing the file rolls back as well
+    }
+}
+
+/// Words that cannot be written now stay with the handle, and the next connection that has it writes them.
+void SqliteConnection::writeNewRootWords() noexcept {
+    try {
+        if (!handle_->newRootWords().areWritten()) {
+            ready(*handle_, {});
+        }
+    } catch (const std::exception&) {
+        return;
     }
 }
 

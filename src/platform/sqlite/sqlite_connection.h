@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +29,9 @@ class SqliteConnection : public Connection {
 
     /// For the recordsets: a query ready to run. `statement` must stay alive and where it is.
     Statement prepareQuery(std::string_view statement);
+    /// The key of the root word that was added last, when the query asks for it and the word is not written
+    /// yet.
+    std::optional<std::int32_t> keyOfNewRootWord(std::string_view statement);
     void trace(std::string_view statement) const { pool_->trace(statement); }
 
     void attach(SqliteRecordset& recordset);
@@ -35,6 +39,8 @@ class SqliteConnection : public Connection {
 
   private:
     Handle& handle();
+    static void ready(Handle& open, std::string_view statement);
+    void writeNewRootWords() noexcept;
     void settleRecordsets();
     void runControl(std::string_view statement);
     void endTransaction(std::string_view traced, std::string_view statement);

@@ -14,6 +14,9 @@ constexpr int objectIsClosed = 3704;
 constexpr int objectIsOpen = 3705;
 constexpr int itemNotFound = 3265;
 
+const auto rootWordKey =
+    std::make_shared<const ResultColumns>(ResultColumns{{"id_root_word"}, {jet::ColumnType::unknown}});
+
 }  // namespace
 
 SqliteRecordset::~SqliteRecordset() {
@@ -35,6 +38,12 @@ void SqliteRecordset::open(std::string_view statement, Connection& connection, C
     connection_ = opened;
     connection_->attach(*this);
     try {
+        if (const auto key = connection_->keyOfNewRootWord(statement)) {
+            columns_ = rootWordKey;
+            row_.assign(1, *key);
+            eof_ = false;
+            return;
+        }
         live_ = connection_->prepareQuery(statement_);
         columns_ = nullptr;
         if (cursor == CursorType::forwardOnly && !live_->translation().readsIdentity) {

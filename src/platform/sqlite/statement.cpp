@@ -157,6 +157,11 @@ std::shared_ptr<const ResultColumns> Statement::columns() {
     return shape_->columns;
 }
 
+std::int64_t Statement::number(int column) const {
+    return sqlite3_column_type(prepared_, column) == SQLITE_INTEGER ? sqlite3_column_int64(prepared_, column)
+                                                                    : 0;
+}
+
 Row Statement::row(const ResultColumns& columns) const {
     Row row;
     readRow(columns, row);

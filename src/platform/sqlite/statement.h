@@ -66,6 +66,9 @@ class Statement {
     /// The same into a row that is used again and again.
     void readRow(const ResultColumns& columns, Row& row) const;
 
+    /// The whole number in a column of that row; 0 for anything else.
+    [[nodiscard]] std::int64_t number(int column) const;
+
   private:
     void giveBack();
 

@@ -116,9 +116,9 @@ TEST_F(Records, EveryShareGetsATagAndTheLastOneItsWords) {
 
 TEST_F(Records, WithoutAShareTheWordsGoToTheKeyThatWasGivenLast) {
     knowWords("red");
-    const std::string last = value("SELECT max(id) FROM root_word");
     library.exec("INSERT INTO meta_tags(id_document_share, type) VALUES(1, 1)");
     indexer::AddMetaTag(1, 4, "keywords", "red.", database);
+    const std::string last = value("SELECT max(id) FROM root_word");
     EXPECT_EQ(library.rows("SELECT id_meta_tags FROM metatag_entry"), (Rows{{last}}));
 }
 

@@ -50,7 +50,7 @@ TEST_F(ConnectionTest, MayOutliveItsEngine) {
     auto engine = std::make_unique<platform::SqliteEngine>();
     const auto held = engine->open({path(), {}, {}, {}});
     engine.reset();
-    held->execute(insertWord);
+    held->execute("INSERT INTO root_word (word) VALUES ('river')");
     EXPECT_EQ(wordCount(), 1U);
 }
 

@@ -49,10 +49,10 @@ TEST_F(Dialect, TellsWhereAStatementIsWrong) {
 }
 
 TEST_F(Dialect, CompilesAShapeOnce) {
-    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    run("INSERT INTO root_word (word) VALUES( 'river')");
     const std::size_t prepared = engine_.preparedStatements();
-    run("INSERT INTO root_word ( word ) VALUES( 'lake''s')");
-    run("INSERT INTO root_word ( word ) VALUES( '')");
+    run("INSERT INTO root_word (word) VALUES( 'lake''s')");
+    run("INSERT INTO root_word (word) VALUES( '')");
     EXPECT_EQ(engine_.preparedStatements(), prepared);
     EXPECT_EQ(texts("SELECT word FROM root_word", "word"), (std::vector<std::string>{"river", "lake's", ""}));
 }

@@ -147,7 +147,7 @@ TEST_F(LibraryFileTest, IsNeverMadeOverAnExistingFile) {
 TEST_F(LibraryFileTest, IsWrittenAheadAndMarkedAsOurs) {
     EXPECT_EQ(value("PRAGMA journal_mode", "journal_mode").toText(), "wal");
     EXPECT_EQ(value("PRAGMA synchronous", "synchronous").toInt32(), 1);
-    EXPECT_EQ(value("PRAGMA user_version", "user_version").toInt32(), 1);
+    EXPECT_EQ(value("PRAGMA user_version", "user_version").toInt32(), 2);
 }
 
 TEST_F(LibraryFileTest, BeginsWithTheReservedKindsOfText) {
