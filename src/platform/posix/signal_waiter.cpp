@@ -7,7 +7,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <limits>
+#include <chrono>
+#include <ctime>
 #include <string>
 
 #include "platform/posix/system_error.h"
@@ -25,6 +26,10 @@ void onSignal(int /*signal*/) {
     // A full pipe already says what there is to say.
     [[maybe_unused]] const ssize_t written = write(wakeUpEnd.load(), &byte, 1);
     errno = formerError;
+}
+
+std::chrono::nanoseconds steadyTime() {
+    return std::chrono::steady_clock::now().time_since_epoch();
 }
 
 }  // namespace
@@ -62,18 +67,22 @@ TakenSignal::~TakenSignal() {
 }
 
 Waiter::Milliseconds SignalWaiter::now() {
-    return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now().time_since_epoch());
+    return std::chrono::duration_cast<Milliseconds>(steadyTime());
 }
 
 void SignalWaiter::wait(std::optional<Milliseconds> until) {
-    int timeout = -1;
+    timespec left{};
     if (until) {
-        // One more than the difference: now() is cut to whole milliseconds.
-        const auto left = (*until - now()).count() + 1;
-        timeout = static_cast<int>(std::clamp<Milliseconds::rep>(left, 0, std::numeric_limits<int>::max()));
+        // To the nanosecond: whole milliseconds would add up to one to each wait, and a service that works a
+        // backlog off waits once per document.
+        const auto time =
+            std::max(std::chrono::nanoseconds(*until - steadyTime()), std::chrono::nanoseconds(0));
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+        left.tv_sec = seconds.count();
+        left.tv_nsec = (time - seconds).count();
     }
     pollfd end{pipe_.readEnd(), POLLIN, 0};
-    if (poll(&end, 1, timeout) < 0 && errno != EINTR) {
+    if (ppoll(&end, 1, until ? &left : nullptr, nullptr) < 0 && errno != EINTR) {
         throw systemError(errno, "cannot wait for signals");
     }
     readSignals();
