@@ -11,6 +11,8 @@ using infra::LogLevel;
 
 namespace {
 
+// The inside of the window: the status list, its widest control, ends at 5655, the buttons, its lowest, at
+// 3135. Beyond them lies the margin that the list has on its left, 120.
 constexpr int formWidth = 5775;
 constexpr int formHeight = 3255;
 

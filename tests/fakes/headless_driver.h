@@ -67,6 +67,7 @@ class HeadlessDriver : public WindowDriver {
     }
 
     platform::headless::HeadlessToolkit toolkit_{waiter, [this](std::string_view text) {
+                                                     beforeAnswer();
                                                      boxes.emplace_back(text);
                                                      std::erase(boxes.back(), '\r');
                                                  }};

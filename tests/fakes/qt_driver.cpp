@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTest>
 #include <QWidget>
 #include <functional>
@@ -92,7 +93,12 @@ class QtDriver final : public WindowDriver, private QObject {
         if (event->type() == QEvent::Show) {
             if (auto* const box = qobject_cast<QMessageBox*>(watched)) {
                 boxes.push_back(fromQt(box->text()));
-                post([box] { QTest::keyClick(box, Qt::Key_Return); });
+                beforeAnswer();
+                post([box = QPointer(box)] {
+                    if (box != nullptr && box->isVisible()) {
+                        QTest::keyClick(box, Qt::Key_Return);
+                    }
+                });
             } else if (auto* const dialog = qobject_cast<QFileDialog*>(watched)) {
                 post([this, dialog] { answer(*dialog); });
             }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -29,4 +30,7 @@ class UiDriver {
 
     /// Lets time pass and has the toolkit handle events meanwhile.
     virtual void letTimePass(std::chrono::milliseconds time) = 0;
+
+    /// What the operator does when a message box has come up, before answering it.
+    std::function<void()> beforeAnswer = [] {};
 };

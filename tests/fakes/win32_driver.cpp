@@ -201,6 +201,7 @@ class Win32Driver final : public WindowDriver {
 
     void answer(HWND dialog) {
         if (const HWND text = GetDlgItem(dialog, messageText); text != nullptr) {
+            beforeAnswer();
             boxes.push_back(textOf(text));
             std::erase(boxes.back(), '\r');
             PostMessageW(dialog, WM_COMMAND, IDOK, 0);

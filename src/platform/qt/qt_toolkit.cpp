@@ -1,6 +1,6 @@
 #include "platform/qt/qt_toolkit.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QMessageBox>
@@ -29,6 +29,19 @@ constexpr double mostOfTheScreen = 0.9;
 QString nameFilter(const FileFilter& filter) {
     const std::string_view pattern = filter.pattern == "*.*" ? "*" : filter.pattern;
     return toQt(filter.description) + " (" + toQt(pattern) + ")";
+}
+
+/// Dismisses what stands open, the topmost first. Closing is how the operator would do it: a question that a
+/// dialog asks, such as whether to delete a file, is answered with No.
+void dismiss(QWidget* (*topmost)()) {
+    for (QWidget* open = topmost(); open != nullptr; open = topmost()) {
+        if (!open->close()) {
+            open->hide();
+        }
+        if (topmost() == open) {
+            return;
+        }
+    }
 }
 
 }  // namespace
@@ -69,16 +82,20 @@ void QtToolkit::processEvents() {
 
 void QtToolkit::run() {
     static_cast<void>(form());
-    if (!closed_) {
-        processEvents();
-    }
-    if (!closed_) {
+    processEvents();
+    if (!closing()) {
         QEventLoop loop;
         running_ = &loop;
         wakeUpAtNextTick();
         loop.exec();
         running_ = nullptr;
         handlers_.rethrow();
+    }
+    // Whoever else ends the loop wants the program to end.
+    form_->close();
+    // A window that was closed under a dialog of the start-up has waited for this.
+    if (!closed_) {
+        finishClosing();
     }
 }
 
@@ -120,10 +137,12 @@ std::optional<std::string> QtToolkit::saveFileDialog(std::span<const FileFilter>
 }
 
 /// Shows the dialog until it is answered or the window closes under it. True when the operator agreed.
+/// Whoever asks, be it the start-up, is at work as a handler is: the close handler waits for it.
 bool QtToolkit::ask(QDialog& dialog) {
     dialogs_.push_back(&dialog);
     wakeUpAtNextTick();
-    const int answer = dialog.exec();
+    int answer = QDialog::Rejected;
+    handlers_.call([&] { answer = dialog.exec(); });
     dialogs_.pop_back();
     handlers_.rethrow();
     return answer != QDialog::Rejected;
@@ -179,9 +198,7 @@ void QtToolkit::handle(const Handler& event) {
 }
 
 void QtToolkit::formIsClosing() {
-    for (QDialog* dialog : dialogs_) {
-        dialog->reject();
-    }
+    dismissDialogs();
     if (!handlers_.atWork()) {
         finishClosing();
     }
@@ -192,10 +209,20 @@ void QtToolkit::finishClosing() {
     form_->runCloseHandler();
 }
 
-void QtToolkit::leaveLoops() {
+/// Takes away all that stands over the window, also what Qt itself has opened: the menus of text boxes, the
+/// questions of the file dialog. Nobody could answer them any more, and each may hold a loop of its own.
+void QtToolkit::dismissDialogs() {
+    dismiss(&QApplication::activePopupWidget);
+    dismiss(&QApplication::activeModalWidget);
     for (QDialog* dialog : dialogs_) {
+        // An event that is still on its way must not open another menu.
+        dialog->setEnabled(false);
         dialog->reject();
     }
+}
+
+void QtToolkit::leaveLoops() {
+    dismissDialogs();
     if (running_ != nullptr) {
         running_->quit();
     }

@@ -54,6 +54,7 @@ class QtToolkit final : public Toolkit {
     void wakeUp();
     void wakeUpAtNextTick();
     void finishClosing();
+    void dismissDialogs();
     void leaveLoops();
     bool ask(QDialog& dialog);
 

@@ -139,13 +139,17 @@ class Desktop:
     def type(self, text):
         self.run("xdotool", "type", "--clearmodifiers", "--", text)
 
-    def click(self, window, x, y):
-        self.run("xdotool", "mousemove", "--window", window, x, y, "click", 1)
+    def click(self, window, x, y, button=1):
+        self.run("xdotool", "mousemove", "--window", window, x, y, "click", button)
 
     def windows(self, caption, only_visible=True):
         """Ids of the windows with that caption."""
         visible = ["--onlyvisible"] if only_visible else []
         return self.run("xdotool", "search", *visible, "--name", f"^{re.escape(caption)}$", check=False).split()
+
+    def on_screen(self):
+        """Ids of all windows that are on the screen, menus included."""
+        return self.run("xdotool", "search", "--onlyvisible", "--maxdepth", 1, "--name", "", check=False).split()
 
     def properties(self, *arguments):
         return self.run("xprop", *arguments, check=False)

@@ -58,6 +58,20 @@ class Session(window_harness.WindowTest):
         self.assertEqual(window.caption("cmdStartStop"), "Start")
         self.assertFalse(self.library.logged("UI: Indexing started."))
 
+    def test_log_it_in_the_middle_of_a_job_holds_at_once(self):
+        window = self.open_window(settings={(INDEXER, "LoggingOn"): 0})
+        job = self.slow_job()
+        job.begin()
+        window.click("chkLogit")
+        job.turn_until(lambda: self.library.get(INDEXER, "LoggingOn") == "1", "the switch is saved")
+        self.assertTrue(job.turning(lambda: window.is_checked("chkLogit")))
+        self.assertEqual(self.library.queued(), [(job.path, 1)])
+        self.assertFalse(self.library.logged(POLL))
+        job.finish()
+        self.wait_until_indexed(window, job.path)
+        window.wait(lambda: self.library.logged(POLL), "status lines are logged")
+        self.assertEqual(len(self.library.sentences(self.library.document_id(job.path))), job.sentences())
+
     # Minimised and maximised
 
     def shows_no_line_of_now(self, window):
@@ -126,6 +140,16 @@ class Session(window_harness.WindowTest):
         window.process.send_signal(signal.SIGTERM)
         self.assert_ends(window.process)
 
+    def test_sigterm_takes_the_file_dialog_along(self):
+        window = self.open_window()
+        window.click("btnBrowse")
+        window.wait_for_dialog("text", "File name:")
+        self.desktop.type("other")
+        window.process.send_signal(signal.SIGTERM)
+        self.assert_ends(window.process)
+        self.assertEqual(self.library.get(INDEXER, "LogFilePath"), str(self.library.log_path))
+        self.assert_sound()
+
     def end_in_the_middle_of_a_job(self, end):
         """The window goes at once; the document is finished, the next one is left alone."""
         window = self.open_window()
@@ -158,6 +182,20 @@ class Session(window_harness.WindowTest):
     def test_sigterm_in_the_middle_of_a_job_finishes_the_document(self):
         self.end_in_the_middle_of_a_job(lambda window: window.process.send_signal(signal.SIGTERM))
 
+    def test_sigterm_in_the_middle_of_a_job_takes_the_menu_of_a_text_box_along(self):
+        window = self.open_window()
+        before = self.desktop.on_screen()
+        job = self.slow_job()
+        job.begin()
+        window.right_click("txtLogFile")
+        job.turn_until(lambda: len(self.desktop.on_screen()) > len(before), "the menu is open")
+        window.process.send_signal(signal.SIGTERM)
+        job.turn_until(lambda: len(self.desktop.on_screen()) < len(before), "the window and the menu are gone")
+        self.assertIsNone(window.process.poll())
+        job.finish()
+        self.assert_ends(window.process)
+        self.assert_indexed(job.path)
+
     def test_the_service_ends_after_one_document_more_than_the_limit(self):
         paths = [self.library.write(f"{number}.txt", TEXT) for number in range(3)]
         self.library.queue(*paths)
@@ -172,6 +210,14 @@ class Session(window_harness.WindowTest):
         self.desktop.keys("Return")
         self.library.finish(window.process, 1)
         self.assertFalse(self.library.logged("UI: Connected."))
+
+    def test_sigterm_under_the_message_of_a_missing_library_is_no_further_error(self):
+        self.library.set({(SERVICE, "DataBasePath"): str(self.library.folder / "missing.db")})
+        window = window_harness.Window(self.desktop, self.launch(), self.library)
+        window.wait_for_dialog("push button", "OK")
+        window.process.send_signal(signal.SIGTERM)
+        self.assert_ends(window.process, expect=1)
+        self.assertFalse(self.library.logged("Error: Indexer failed to start."))
 
     # With a supervisor
 

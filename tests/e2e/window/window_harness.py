@@ -248,6 +248,9 @@ class Window:
     def click(self, name):
         self.desktop.click(self.id, *self.places[name])
 
+    def right_click(self, name):
+        self.desktop.click(self.id, *self.places[name], button=3)
+
     def focus(self, name):
         self.click(name)
         self.wait(lambda: self.focused() == [name], f"{name} has the focus")

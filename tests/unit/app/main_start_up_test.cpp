@@ -163,6 +163,20 @@ TEST_P(StartUp, AnUnreachableLibraryEndsTheProcessBeforeItIsConnected) {
                                    "\n\nPlease contact your Tessaly system administrator."));
 }
 
+TEST_P(StartUp, ClosingTheWindowUnderTheMessageOfAnUnreachableLibraryIsNoFurtherError) {
+    settings.put(infra::serviceKey, "DataBasePath", folder / "nowhere.db");
+    driver->beforeAnswer = [this] { driver->closeWindow(); };
+    std::string reason;
+    create();
+    window->onStartUpError([&reason](std::string_view error) { reason = error; });
+    EXPECT_THROW(window->start(), ProcessEnded);
+    EXPECT_EQ(process.ended, ExitStatus::failed);
+    EXPECT_EQ(reason, "");
+    EXPECT_EQ(boxes.size(), 1U);
+    EXPECT_THAT(log().back(), testing::StartsWith("Error: db:init: "));
+    EXPECT_THAT(log(), Not(Contains("Error: Indexer failed to start.")));
+}
+
 TEST_P(StartUp, ClosingTheWindowClosesTheDatabaseAndLogsNothing) {
     startQuietly();
     driver->closeWindow();

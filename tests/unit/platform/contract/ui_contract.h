@@ -487,3 +487,19 @@ TEST_P(UiContract, AnErrorInANestedEventEndsRunPastTheTrapsOfTheJob) {
     EXPECT_EQ(numberOf([this] { toolkit.run(); }), 13);
     EXPECT_TRUE(seen.empty());
 }
+
+TEST_P(UiContract, ClosingUnderAMessageBoxOutsideAnEventWaitsForRun) {
+    form.onClose(note("closed"));
+    operator_->beforeAnswer = [this] { operator_->closeWindow(); };
+    toolkit.messageBox("Unable to connect");
+    seen.emplace_back("start-up goes on");
+    toolkit.run();
+    EXPECT_EQ(seen, (Seen{"start-up goes on", "closed"}));
+}
+
+TEST_P(UiContract, AnErrorInACloseHandlerThatHasWaitedForRunEndsRun) {
+    form.onClose([] { throw base::RuntimeError(91, "Object not set"); });
+    operator_->beforeAnswer = [this] { operator_->closeWindow(); };
+    toolkit.messageBox("Unable to connect");
+    EXPECT_EQ(numberOf([this] { toolkit.run(); }), 91);
+}

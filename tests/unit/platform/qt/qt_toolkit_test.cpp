@@ -5,13 +5,18 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QCloseEvent>
+#include <QContextMenuEvent>
 #include <QFileDialog>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QListWidget>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -24,6 +29,7 @@
 #include "base/runtime_error.h"
 #include "fakes/manual_waiter.h"
 #include "fakes/qt_driver.h"
+#include "fakes/temporary_folder.h"
 #include "platform/qt/placing.h"
 
 namespace {
@@ -311,6 +317,137 @@ TEST_F(Qt6Window, NumbersKeepTheirDecimalPoint) {
 TEST_F(Qt6Window, RunWithoutAWindowIsAnError) {
     platform::qt::QtToolkit empty(waiter);
     EXPECT_THROW(empty.run(), base::RuntimeError);
+}
+
+/// A window that is told to close, by a signal, while something stands open over it.
+class ToldToClose : public Qt6Window {
+  protected:
+    void SetUp() override {
+        build();
+        form.onClose([this] { seen.emplace_back("closed"); });
+    }
+    void tell() {
+        waiter.close = true;
+        toolkit.processEvents();
+    }
+    /// The operator presses the button whose handler is the job.
+    void runWith(platform::Handler job) {
+        start.onClick(std::move(job));
+        later([this] { QTest::keyClick(window().focusWidget(), Qt::Key_Space); });
+        toolkit.run();
+    }
+    /// Browses, and once the file dialog is there, does what is said with it.
+    template <class Action>
+    void runBrowsing(Action action) {
+        runWith([this, action] {
+            later([action] {
+                auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                ASSERT_NE(dialog, nullptr);
+                action(*dialog);
+            });
+            seen.emplace_back(toolkit.saveFileDialog({}, ".log") ? "path" : "no path");
+        });
+    }
+    static void askForMenu(QWidget& widget) {
+        QContextMenuEvent asked(QContextMenuEvent::Keyboard, QPoint(2, 2), widget.mapToGlobal(QPoint(2, 2)));
+        QApplication::sendEvent(&widget, &asked);
+    }
+    static QWidget* menu() { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); }
+};
+
+TEST_F(ToldToClose, InAJobTakesTheMenuOfATextBoxAlong) {
+    runWith([this] {
+        askForMenu(*child<QLineEdit>("txt"));
+        EXPECT_NE(menu(), nullptr);
+        tell();
+        seen.emplace_back(QApplication::activePopupWidget() == nullptr ? "menu is gone" : "menu is open");
+    });
+    EXPECT_THAT(seen, ElementsAre("menu is gone", "closed"));
+}
+
+TEST_F(ToldToClose, InAJobTakesAMenuAlongThatRefusesToClose) {
+    class Stubborn final : public QWidget {
+      public:
+        Stubborn() : QWidget(nullptr, Qt::Popup) {}
+
+      protected:
+        void closeEvent(QCloseEvent* event) override { event->ignore(); }
+    } stubborn;
+    runWith([this, &stubborn] {
+        stubborn.show();
+        EXPECT_EQ(QApplication::activePopupWidget(), &stubborn);
+        tell();
+    });
+    EXPECT_FALSE(stubborn.isVisible());
+    EXPECT_THAT(seen, ElementsAre("closed"));
+}
+
+TEST_F(ToldToClose, WithoutAJobTakesTheMenuOfATextBoxAlong) {
+    later([this] {
+        askForMenu(*child<QLineEdit>("txt"));
+        EXPECT_NE(menu(), nullptr);
+        tell();
+    });
+    toolkit.run();
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    EXPECT_THAT(seen, ElementsAre("closed"));
+}
+
+TEST_F(ToldToClose, TakesTheFileDialogAlong) {
+    runBrowsing([this](QFileDialog& /*dialog*/) { tell(); });
+    EXPECT_THAT(seen, ElementsAre("no path", "closed"));
+}
+
+TEST_F(ToldToClose, TakesTheFileDialogAlongWithItsMenu) {
+    runBrowsing([this](QFileDialog& dialog) {
+        later([this] {
+            EXPECT_NE(menu(), nullptr);
+            tell();
+        });
+        askForMenu(*dialog.findChild<QListView*>("listView")->viewport());
+    });
+    EXPECT_THAT(seen, ElementsAre("no path", "closed"));
+}
+
+TEST_F(ToldToClose, AnswersTheQuestionOfTheFileDialogWithNo) {
+    const fakes::TemporaryFolder folder;
+    folder.write("kept.log", "a line");
+    const QString path = QString::fromStdString(folder / "kept.log");
+    runBrowsing([&](QFileDialog& dialog) {
+        dialog.setDirectory(QString::fromStdString(folder / ""));
+        auto* const files = dialog.findChild<QListView*>("listView");
+        const auto shown = [files] { return files->model()->rowCount(files->rootIndex()) == 1; };
+        ASSERT_TRUE(QTest::qWaitFor(shown));
+        files->setCurrentIndex(files->model()->index(0, 0, files->rootIndex()));
+        later([this] {
+            EXPECT_NE(qobject_cast<QMessageBox*>(QApplication::activeModalWidget()), nullptr);
+            tell();
+        });
+        auto* const remove = dialog.findChild<QAction*>("qt_delete_action");
+        remove->setEnabled(true);
+        remove->trigger();
+    });
+    EXPECT_THAT(seen, ElementsAre("no path", "closed"));
+    EXPECT_EQ(folder.read("kept.log"), "a line");
+}
+
+TEST_F(ToldToClose, UnderAMessageBoxOfTheStartUpTakesItAlong) {
+    later([this] { tell(); });
+    toolkit.messageBox("Unable to connect");
+    EXPECT_TRUE(seen.empty());
+    toolkit.run();
+    EXPECT_THAT(seen, ElementsAre("closed"));
+}
+
+TEST_F(Qt6Window, AnOrderToQuitClosesTheWindow) {
+    build();
+    form.onClose([this] { seen.emplace_back("closed"); });
+    later([] { QCoreApplication::exit(); });
+    toolkit.run();
+    EXPECT_THAT(seen, ElementsAre("closed"));
+    // Qt forgets the order at the end of the program's own loop.
+    later([] { QCoreApplication::exit(); });
+    QApplication::exec();
 }
 
 }  // namespace
