@@ -28,6 +28,14 @@ class HeadlessDriver : public WindowDriver {
     }
     void click(std::string_view button) override { toolkit_.click(button); }
     void press(std::string_view checkBox) override { toolkit_.press(checkBox); }
+    void clickTwice(std::string_view button) override {
+        click(button);
+        click(button);
+    }
+    void pressTwice(std::string_view checkBox) override {
+        press(checkBox);
+        press(checkBox);
+    }
     void minimise() override { toolkit_.setWindowState(platform::WindowState::minimised); }
     void maximise() override { toolkit_.setWindowState(platform::WindowState::maximised); }
     void restore() override { toolkit_.setWindowState(platform::WindowState::normal); }

@@ -44,15 +44,10 @@ class QtDriver final : public WindowDriver, private QObject {
             }
         });
     }
-    void click(std::string_view button) override {
-        post([this, name = toQt(button)] { QTest::mouseClick(child<QWidget>(name), Qt::LeftButton); });
-    }
-    void press(std::string_view checkBox) override {
-        post([this, name = toQt(checkBox)] {
-            auto* const box = child<QWidget>(name);
-            QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, QPoint(8, box->height() / 2));
-        });
-    }
+    void click(std::string_view button) override { pressMouse(button); }
+    void press(std::string_view checkBox) override { pressMouse(checkBox); }
+    void clickTwice(std::string_view button) override { pressMouseTwice(button); }
+    void pressTwice(std::string_view checkBox) override { pressMouseTwice(checkBox); }
     void minimise() override { enter(Qt::WindowMinimized); }
     void maximise() override { enter(Qt::WindowMaximized); }
     void restore() override { enter(Qt::WindowNoState); }
@@ -110,6 +105,24 @@ class QtDriver final : public WindowDriver, private QObject {
     /// Forgotten when the driver goes.
     void post(std::function<void()> action) {
         QMetaObject::invokeMethod(this, std::move(action), Qt::QueuedConnection);
+    }
+
+    /// Where the square of a check box is, beside which a press does nothing.
+    static QPoint spot(const QWidget& widget) { return {8, widget.height() / 2}; }
+
+    void pressMouse(std::string_view name) {
+        post([this, name = toQt(name)] {
+            auto* const widget = child<QWidget>(name);
+            QTest::mouseClick(widget, Qt::LeftButton, Qt::NoModifier, spot(*widget));
+        });
+    }
+    void pressMouseTwice(std::string_view name) {
+        pressMouse(name);
+        post([this, name = toQt(name)] {
+            auto* const widget = child<QWidget>(name);
+            QTest::mouseDClick(widget, Qt::LeftButton, Qt::NoModifier, spot(*widget));
+            QTest::mouseRelease(widget, Qt::LeftButton, Qt::NoModifier, spot(*widget));
+        });
     }
 
     void enter(Qt::WindowState state) {

@@ -22,6 +22,9 @@ class UiDriver {
     virtual void typeText(std::string_view textBox, std::string_view text) = 0;
     virtual void click(std::string_view button) = 0;
     virtual void press(std::string_view checkBox) = 0;
+    /// Two presses of the mouse, as quick as a double click.
+    virtual void clickTwice(std::string_view button) = 0;
+    virtual void pressTwice(std::string_view checkBox) = 0;
     virtual void minimise() = 0;
     virtual void maximise() = 0;
     virtual void restore() = 0;

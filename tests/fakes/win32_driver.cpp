@@ -157,6 +157,8 @@ class Win32Driver final : public WindowDriver {
     }
     void click(std::string_view button) override { pressMouse(button); }
     void press(std::string_view checkBox) override { pressMouse(checkBox); }
+    void clickTwice(std::string_view button) override { pressMouseTwice(button); }
+    void pressTwice(std::string_view checkBox) override { pressMouseTwice(checkBox); }
     void minimise() override { order(SC_MINIMIZE); }
     void maximise() override { order(SC_MAXIMIZE); }
     void restore() override { order(SC_RESTORE); }
@@ -193,10 +195,16 @@ class Win32Driver final : public WindowDriver {
 
   private:
     void order(WPARAM what) { PostMessageW(form().handle(), WM_SYSCOMMAND, what, 0); }
-    static void pressMouse(std::string_view name) {
+    static void pressMouse(std::string_view name, UINT press = WM_LBUTTONDOWN) {
         const HWND window = windowNamed(name);
-        PostMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+        PostMessageW(window, press, MK_LBUTTON, MAKELPARAM(5, 5));
         PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    }
+    /// The system itself makes a double click of the second press, in a window of a class that asks for it.
+    static void pressMouseTwice(std::string_view name) {
+        const bool knowsDoubleClicks = (GetClassLongPtrW(windowNamed(name), GCL_STYLE) & CS_DBLCLKS) != 0;
+        pressMouse(name);
+        pressMouse(name, knowsDoubleClicks ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN);
     }
 
     void answer(HWND dialog) {

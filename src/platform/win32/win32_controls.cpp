@@ -118,7 +118,8 @@ void Win32CheckBox::setValue(int value) {
 }
 
 void Win32CheckBox::notified(unsigned code) {
-    if (code == BN_CLICKED) {
+    // The second of two quick presses is told as a double click, and as nothing else.
+    if (code == BN_CLICKED || code == BN_DBLCLK) {
         events_.take([this] { setValue(value() == BST_UNCHECKED ? BST_CHECKED : BST_UNCHECKED); });
     }
 }
@@ -132,6 +133,7 @@ Win32Button::Win32Button(const Place& place, std::string_view caption)
 void Win32Button::notified(unsigned code) {
     switch (code) {
         case BN_CLICKED:
+        case BN_DBLCLK:
             events_.take([this] { call(clicked_); });
             break;
         case BN_SETFOCUS:

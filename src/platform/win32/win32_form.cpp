@@ -139,8 +139,12 @@ void Win32Form::show() {
     }
 }
 
+/// Only a window that is seen: the first order of a process to show or hide one is taken by the system for
+/// what its launcher has asked for, and a hidden window must not come up by it.
 void Win32Form::hide() {
-    changeShown(SW_HIDE);
+    if (visible()) {
+        changeShown(SW_HIDE);
+    }
 }
 
 void Win32Form::changeShown(int command) {
@@ -190,14 +194,6 @@ bool Win32Form::take(MessageCode message, FirstArgument first, SecondArgument se
         case WM_TIMER:
             observer_.wokenUp();
             return true;
-        case WM_ENTERMENULOOP:
-        case WM_ENTERSIZEMOVE:
-            observer_.systemLoop(true);
-            return false;
-        case WM_EXITMENULOOP:
-        case WM_EXITSIZEMOVE:
-            observer_.systemLoop(false);
-            return false;
         case WM_SIZE:
             if (!changedByProgram_ && resized_) {
                 events_.take([this] { resized_(); });

@@ -27,8 +27,6 @@ class FormObserver {
 
     /// The system has kept the time that wakeUpIn() asked for.
     virtual void wokenUp() = 0;
-    /// The system begins or ends a loop of its own: the operator has a menu open, or moves the window.
-    virtual void systemLoop(bool begins) = 0;
     /// A message was dealt with; handlers may have been called.
     virtual void messageHandled() = 0;
 };

@@ -58,6 +58,11 @@ bool nextMessage(MSG& message) {
     return PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0;
 }
 
+bool isDialog(HWND window) {
+    constexpr ULONG_PTR dialogClass = 0x8002;
+    return GetClassLongPtrW(window, GCW_ATOM) == dialogClass;
+}
+
 }  // namespace
 
 Win32Toolkit::Win32Toolkit(Waiter& waiter) : waiter_(waiter), events_([this] { form().runCloseHandler(); }) {
@@ -91,10 +96,12 @@ void Win32Toolkit::processEvents() {
             PostQuitMessage(0);
             return;
         }
+        wakeUpAtNextTick();
         dispatch(message);
     }
     tickDueTimers();
-    events_.rethrow();
+    // A tick is a job, and its last call to an automation object may have let the operator's click through.
+    handleDeferred();
 }
 
 void Win32Toolkit::handleDeferred() {
@@ -106,10 +113,18 @@ void Win32Toolkit::dispatch(MSG& message) {
     if (message.message == WM_QUIT) {
         // Nobody else ends this thread's loop: it is one more way to ask the program to end.
         events_.take([this] { form().close(); });
-    } else if (form_ == nullptr || IsDialogMessageW(form_->handle(), &message) == 0) {
+    } else if (!takenByDialog(message)) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
+}
+
+/// Keys such as Tab and Enter belong to a whole window of controls: to a dialog when a job handles events on
+/// top of it, else to the form.
+bool Win32Toolkit::takenByDialog(MSG& message) const {
+    const HWND root = GetAncestor(message.hwnd, GA_ROOT);
+    const HWND owner = isDialog(root) ? root : form_ != nullptr ? form_->handle() : nullptr;
+    return owner != nullptr && IsDialogMessageW(owner, &message) != 0;
 }
 
 void Win32Toolkit::run() {
@@ -141,32 +156,46 @@ void Win32Toolkit::tickDueTimers() {
 void Win32Toolkit::wokenUp() {
     wakeUp_.reset();
     form_->letSleep();
-    if (systemIsLooping() && events_.open()) {
+    if (events_.open()) {
         tickDueTimers();
+        events_.handleDeferred();
     }
-}
-
-void Win32Toolkit::systemLoop(bool begins) {
-    systemLoops_ += begins ? 1 : -1;
 }
 
 void Win32Toolkit::messageHandled() {
-    if (!systemIsLooping()) {
-        return;
-    }
-    if (!events_.over()) {
+    if (events_.over()) {
+        leaveSystemLoops();
+    } else {
         wakeUpAtNextTick();
-        return;
-    }
-    if (openDialogs_ > 0) {
-        PostQuitMessage(0);
-    }
-    if (systemLoops_ > 0) {
-        PostMessageW(form_->handle(), WM_CANCELMODE, 0, 0);
     }
 }
 
+/// No event will be handled any more: the loops that the system runs around the toolkit's own have to return.
+void Win32Toolkit::leaveSystemLoops() const {
+    if (openDialogs_ > 0) {
+        PostQuitMessage(0);
+    }
+    GUITHREADINFO now{};
+    now.cbSize = sizeof now;
+    GetGUIThreadInfo(GetCurrentThreadId(), &now);
+    if ((now.flags & GUI_INMENUMODE) != 0) {
+        PostMessageW(now.hwndMenuOwner, WM_CANCELMODE, 0, 0);
+    }
+    if ((now.flags & GUI_INMOVESIZE) != 0) {
+        // The key that ends a move everywhere; Wine's loop goes on through a cancelled mode.
+        PostMessageW(now.hwndMoveSize, WM_KEYDOWN, VK_ESCAPE, 0);
+    }
+    if (now.hwndCapture != nullptr) {
+        PostMessageW(now.hwndCapture, WM_CANCELMODE, 0, 0);
+    }
+}
+
+/// While no event would be handled, nothing is due: a tick that waits must not wake the thread up again and
+/// again.
 void Win32Toolkit::wakeUpAtNextTick() {
+    if (form_ == nullptr || !events_.open()) {
+        return;
+    }
     const std::optional<Milliseconds> next = nextTick();
     if (next && next != wakeUp_) {
         form_->wakeUpIn(std::max(Milliseconds(0), *next - waiter_.now()));
@@ -182,9 +211,7 @@ auto Win32Toolkit::showDialog(const Dialog& dialog) {
     const Events::Gate gate(events_, events_.handlerAtWork());
     const bool shown = form_ != nullptr && form_->visible();
     ++openDialogs_;
-    if (form_ != nullptr) {
-        wakeUpAtNextTick();
-    }
+    wakeUpAtNextTick();
     auto answer = dialog(shown ? form_->handle() : nullptr);
     --openDialogs_;
     MSG quit;
@@ -220,9 +247,9 @@ std::optional<std::string> Win32Toolkit::saveFileDialog(std::span<const FileFilt
         return chosen;
     });
     if (error != 0) {
-        throw base::RuntimeError(
-            static_cast<int>(error),
-            "The file dialog failed with its error " + std::to_string(error) + "; choose another file");
+        // No reason to end the service: the operator has no file, as after a cancelled dialog.
+        messageBox("The file dialog could not be shown: its error is " + std::to_string(error) +
+                   ". Type the path instead.");
     }
     return path.empty() ? std::nullopt : std::optional(path);
 }

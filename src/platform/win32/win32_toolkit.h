@@ -2,8 +2,9 @@
 // lives on the thread that runs it.
 //
 // Time comes from a Waiter, as it does for the window without a screen, so the two behave alike; a timer of
-// the system only wakes the toolkit up when a tick is due while a dialog, an open menu or the frame that is
-// being dragged has a loop of its own.
+// the system only wakes the toolkit up when a tick is due while a dialog, an open menu, the frame that is
+// being dragged or a scroll bar that is held has a loop of its own. Most of these belong to a control, and
+// the form hears nothing of their beginning: the timer is set whenever messages are dispatched.
 //
 // Other programs, such as readers for the blind and test tools, find a control by its number, which is
 // firstControlId plus its place in the tab order, or by its name: the window property controlNameProperty
@@ -51,15 +52,15 @@ class Win32Toolkit final : public Toolkit, private FormObserver {
 
   private:
     void wokenUp() override;
-    void systemLoop(bool begins) override;
     void messageHandled() override;
 
     void handleDeferred();
     void dispatch(tagMSG& message);
+    [[nodiscard]] bool takenByDialog(tagMSG& message) const;
     void tickDueTimers();
     [[nodiscard]] headless::HeadlessTimer* timerDueAt(Waiter::Milliseconds moment) const;
     void wakeUpAtNextTick();
-    [[nodiscard]] bool systemIsLooping() const { return openDialogs_ > 0 || systemLoops_ > 0; }
+    void leaveSystemLoops() const;
     template <class Dialog>
     auto showDialog(const Dialog& dialog);
 
@@ -67,7 +68,6 @@ class Win32Toolkit final : public Toolkit, private FormObserver {
     Events events_;
     std::unique_ptr<Win32Form> form_;
     int openDialogs_ = 0;
-    int systemLoops_ = 0;
     std::optional<Waiter::Milliseconds> wakeUp_;  // the moment that the system's timer is set to
 };
 

@@ -172,6 +172,16 @@ TEST_P(UiContract, PressingACheckBoxTurnsItOnAndOff) {
     EXPECT_EQ(seen, (Seen{"1", "0"}));
 }
 
+TEST_P(UiContract, TwoQuickPressesAreTwoPresses) {
+    check.onChange([this] { seen.push_back(std::to_string(check.value())); });
+    button.onClick(note("clicked"));
+    operator_->pressTwice("chk");
+    toolkit.processEvents();
+    operator_->clickTwice("cmd");
+    toolkit.processEvents();
+    EXPECT_EQ(seen, (Seen{"1", "0", "clicked", "clicked"}));
+}
+
 TEST_P(UiContract, PressingAGreyedCheckBoxClearsIt) {
     check.setValue(2);
     check.onChange([this] { seen.push_back(std::to_string(check.value())); });

@@ -1,3 +1,7 @@
+#include <windows.h>
+
+#include <commdlg.h>
+
 #include <array>
 #include <optional>
 
@@ -12,6 +16,35 @@ constexpr std::array<platform::FileFilter, 2> filters{{
     {"Log Files (*.log)", "*.log"},
     {"All Files (*.*)", "*.*"},
 }};
+
+/// The system makes no window for the next dialog, and the library of dialogs has an error to tell. Wine's
+/// own has none for this case, so that of another call stands in for it.
+class RefusedDialog {
+  public:
+    RefusedDialog() : hook_(SetWindowsHookExW(WH_CBT, &procedure, nullptr, GetCurrentThreadId())) {
+        refused = false;
+    }
+    RefusedDialog(const RefusedDialog&) = delete;
+    RefusedDialog& operator=(const RefusedDialog&) = delete;
+    ~RefusedDialog() { UnhookWindowsHookEx(hook_); }
+
+  private:
+    static LRESULT CALLBACK procedure(int code, WPARAM first, LPARAM second) {
+        constexpr ULONG_PTR dialogClass = 0x8002;
+        if (code == HCBT_CREATEWND && !refused &&
+            GetClassLongPtrW(reinterpret_cast<HWND>(first), GCW_ATOM) == dialogClass) {
+            refused = true;
+            PrintDlgA(nullptr);
+            return 1;
+        }
+        return CallNextHookEx(nullptr, code, first, second);
+    }
+
+    static bool refused;
+    HHOOK hook_;
+};
+
+bool RefusedDialog::refused = false;
 
 class Win32SaveFileDialog : public Win32Window {
   protected:
@@ -68,6 +101,21 @@ TEST_F(Win32SaveFileDialog, OffersTheKindsOfFile) {
         PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
     });
     EXPECT_EQ(offered, (std::vector<std::string>{"Log Files (*.log)", "All Files (*.*)"}));
+}
+
+TEST_F(Win32SaveFileDialog, ThatTheSystemDoesNotShowIsTold) {
+    RefusedDialog refused;
+    std::string told;
+    const auto chosen = ask([&told](HWND box) {
+        std::array<char, 256> shown{};
+        constexpr int staticText = 0xFFFF;
+        GetDlgItemTextA(box, staticText, shown.data(), static_cast<int>(shown.size()));
+        told = shown.data();
+        PostMessageW(box, WM_COMMAND, IDOK, 0);
+    });
+    EXPECT_EQ(chosen, std::nullopt);
+    EXPECT_EQ(told.substr(0, told.find(':')), "The file dialog could not be shown");
+    EXPECT_FALSE(form.closing());
 }
 
 TEST_F(Win32SaveFileDialog, LeavesTheCurrentFolderAsItIs) {

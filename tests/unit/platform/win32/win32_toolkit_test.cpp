@@ -21,6 +21,21 @@ class Win32 : public Win32Window {
             DispatchMessageW(&message);
         }
     }
+    static void openMenuOf(std::string_view textBox) {
+        const HWND box = windowNamed(textBox);
+        SendMessageW(box, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(box), MAKELPARAM(40, 40));
+    }
+    /// The lower arrow of the list's scroll bar. Returns when it is let go.
+    void holdScrollBar() {
+        for (std::size_t i = 0; i < 50; ++i) {
+            list.insert(i, "line");
+        }
+        const HWND box = windowNamed("lstStatus");
+        RECT place{};
+        GetWindowRect(box, &place);
+        SendMessageW(box, WM_NCLBUTTONDOWN, HTVSCROLL, MAKELPARAM(place.right - 6, place.bottom - 6));
+    }
+    static void releaseScrollBar() { post("lstStatus", WM_LBUTTONUP); }
     static void answer(HWND dialog) { PostMessageW(dialog, WM_COMMAND, IDOK, 0); }
     static std::string messageOf(HWND box) {
         std::array<char, 256> text{};
@@ -84,6 +99,19 @@ TEST_F(Win32, EventsThatArriveInTheLastForeignCallAreHandledByRun) {
     EXPECT_TRUE(form.closing());
 }
 
+TEST_F(Win32, EventsThatArriveInTheLastForeignCallOfATickAreHandledByRun) {
+    exit.onClick([this] { form.close(); });
+    timer.onTick([this] {
+        timer.setEnabled(false);
+        post("cmdExit", BM_CLICK);
+        runForeignLoop();
+    });
+    timer.setEnabled(true);
+    waiter.moment += std::chrono::milliseconds(10);
+    toolkit.run();
+    EXPECT_TRUE(form.closing());
+}
+
 TEST_F(Win32, AMessageBoxShowsItsTextUntilItIsAnswered) {
     const DialogWatcher watcher([this](HWND box) {
         seen.push_back(messageOf(box));
@@ -130,6 +158,129 @@ TEST_F(Win32, TheTimerTicksWhileTheOperatorHoldsAMenuOpen) {
     });
     toolkit.processEvents();
     EXPECT_EQ(seen, (Seen{"tick", "menu closed"}));
+}
+
+TEST_F(Win32, TheTimerTicksWhileTheOperatorHoldsTheMenuOfATextBoxOpen) {
+    timer.onTick([this] {
+        seen.emplace_back("tick");
+        timer.setEnabled(seen.size() < 3);
+        if (seen.size() < 3) {
+            waiter.moment += std::chrono::milliseconds(10);
+        } else {
+            EndMenu();
+        }
+    });
+    timer.setEnabled(true);
+    win32_test::Errands errands;
+    errands.post([this] {
+        waiter.moment += std::chrono::milliseconds(10);
+        openMenuOf("txtPollInterval");
+        seen.emplace_back("menu closed");
+    });
+    toolkit.processEvents();
+    EXPECT_EQ(seen, (Seen{"tick", "tick", "tick", "menu closed"}));
+}
+
+TEST_F(Win32, TheTimerTicksWhileTheOperatorHoldsAScrollBar) {
+    timer.onTick([this] {
+        seen.emplace_back("tick");
+        timer.setEnabled(false);
+        releaseScrollBar();
+    });
+    timer.setEnabled(true);
+    win32_test::Errands errands;
+    errands.post([this] {
+        waiter.moment += std::chrono::milliseconds(10);
+        holdScrollBar();
+        seen.emplace_back("let go");
+    });
+    toolkit.processEvents();
+    EXPECT_EQ(seen, (Seen{"tick", "let go"}));
+}
+
+TEST_F(Win32, AWindowThatIsClosedBehindTheMenuOfATextBoxTakesItAlong) {
+    form.onClose(note("closed"));
+    win32_test::Errands errands;
+    errands.post([this] {
+        post("Main", WM_CLOSE);
+        openMenuOf("txtPollInterval");
+        seen.emplace_back("menu closed");
+    });
+    toolkit.run();
+    EXPECT_EQ(seen, (Seen{"closed", "menu closed"}));
+}
+
+TEST_F(Win32, AWindowThatIsClosedBehindItsMenuTakesItAlong) {
+    form.onClose(note("closed"));
+    win32_test::Errands errands;
+    errands.post([this] {
+        post("Main", WM_CLOSE);
+        SendMessageW(windowNamed("Main"), WM_SYSCOMMAND, SC_KEYMENU, ' ');
+        seen.emplace_back("menu closed");
+    });
+    toolkit.run();
+    EXPECT_EQ(seen, (Seen{"closed", "menu closed"}));
+}
+
+TEST_F(Win32, AWindowThatIsClosedWhileItIsMovedIsNotHeldUpByIt) {
+    form.onClose(note("closed"));
+    win32_test::Errands errands;
+    errands.post([this] {
+        post("Main", WM_CLOSE);
+        SendMessageW(windowNamed("Main"), WM_SYSCOMMAND, SC_MOVE | HTCAPTION, MAKELPARAM(200, 10));
+        seen.emplace_back("let go");
+    });
+    toolkit.run();
+    EXPECT_EQ(seen, (Seen{"closed", "let go"}));
+}
+
+TEST_F(Win32, AWindowThatIsClosedBehindAHeldScrollBarIsNotHeldUpByIt) {
+    form.onClose(note("closed"));
+    win32_test::Errands errands;
+    errands.post([this] {
+        post("Main", WM_CLOSE);
+        holdScrollBar();
+        seen.emplace_back("let go");
+    });
+    toolkit.run();
+    EXPECT_EQ(seen, (Seen{"closed", "let go"}));
+}
+
+TEST_F(Win32, AMessageBoxOutsideOfAHandlerIsNotWokenUpForTicks) {
+    timer.setEnabled(true);
+    waiter.moment += std::chrono::milliseconds(10);
+    const DialogWatcher watcher([this](HWND box) {
+        PostMessageW(windowNamed("Main"), WM_NULL, 0, 0);
+        runForeignLoop();
+        seen.emplace_back(KillTimer(windowNamed("Main"), 1) != 0 ? "woken up" : "left alone");
+        answer(box);
+    });
+    toolkit.messageBox("Unable to connect");
+    EXPECT_EQ(seen, Seen{"left alone"});
+}
+
+TEST_F(Win32, KeysAnswerAMessageBoxThatAJobWorksBehind) {
+    for (const WPARAM key : {VK_RETURN, VK_ESCAPE}) {
+        timer.onTick([this, key] {
+            timer.setEnabled(false);
+            const HWND box = openDialog();
+            win32_test::pressKey(GetFocus(), key);
+            toolkit.processEvents();
+            if (IsWindow(box) != 0 && IsWindowVisible(box) != 0) {
+                seen.emplace_back("still open");
+                answer(box);
+            }
+        });
+        timer.setEnabled(true);
+        const DialogWatcher watcher([this](HWND) { waiter.moment += std::chrono::milliseconds(10); });
+        stop.onClick([this] {
+            toolkit.messageBox("Logging cannot be enabled");
+            seen.emplace_back("answered");
+        });
+        post("cmdStartStop", BM_CLICK);
+        toolkit.processEvents();
+    }
+    EXPECT_EQ(seen, (Seen{"answered", "answered"}));
 }
 
 TEST_F(Win32, AMessageBoxOutsideOfAHandlerLetsNoEventThrough) {
