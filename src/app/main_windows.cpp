@@ -43,28 +43,9 @@ class Service {
         }
     }
 
-    platform::ExitStatus run() {
-        try {
-            app::runUntilClosed(services_, options_, &printError);
-            return platform::ExitStatus::stopped;
-        } catch (const std::exception& error) {
-            tellOperator(error.what());
-            return platform::ExitStatus::failed;
-        }
-    }
+    void run() { app::runUntilClosed(services_, options_, &printError); }
 
   private:
-    /// The window is gone when an error ends the program. Under a supervisor nobody sits in front of it, and
-    /// the next start must not wait for a click.
-    void tellOperator(const std::string& error) {
-        printError(error);
-        if (!std::cerr &&
-            services_.registry.GetSettingString(platform::RootKey::currentUser, infra::masterKey, "")
-                .empty()) {
-            toolkit_.messageBox("The service has ended because of an error: " + error);
-        }
-    }
-
     app::ServiceOptions options_;
     platform::windows::ComApartment apartment_;
     platform::win32::Win32Toolkit toolkit_;
@@ -80,6 +61,26 @@ class Service {
         platform::System{settings_, database_, automation_, toolkit_, files_, process_, drives_, clock_}};
 };
 
+/// A supervisor leaves its mark as long as it is there.
+bool isSupervised() {
+    platform::windows::WindowsSettings settings;
+    platform::windows::ComAutomationFactory automation;
+    platform::windows::WindowsFiles files(automation);
+    infra::tysRegistry registry(settings, files, [](const std::string&, infra::LogLevel) {});
+    return !registry.GetSettingString(platform::RootKey::currentUser, infra::masterKey, "").empty();
+}
+
+/// The service has been taken down by now, its window and its timers with it: nothing can reach its handlers
+/// while the box is open. Under a supervisor nobody sits in front of the machine, and the next start must not
+/// wait for a click.
+void tellOperator(const std::string& error, platform::Waiter& waiter) {
+    printError(error);
+    if (!std::cerr && !isSupervised()) {
+        platform::win32::Win32Toolkit(waiter).messageBox("The service has ended because of an error: " +
+                                                         error);
+    }
+}
+
 /// Help and complaints are shown where nobody reads what the program prints.
 platform::ExitStatus tell(const app::CommandLineAnswer& answer, platform::Waiter& waiter) {
     std::ostream& out = answer.status == platform::ExitStatus::stopped ? std::cout : std::cerr;
@@ -93,13 +94,16 @@ platform::ExitStatus tell(const app::CommandLineAnswer& answer, platform::Waiter
 }  // namespace
 
 int main(int argc, char** argv) {
+    platform::win32::MessageWaiter waiter;
     try {
-        platform::win32::MessageWaiter waiter;
         app::ServiceOptions options;
-        const auto answer = app::readCommandLine(argc, argv, description, options);
-        return static_cast<int>(answer ? tell(*answer, waiter) : Service(waiter, options).run());
+        if (const auto answer = app::readCommandLine(argc, argv, description, options)) {
+            return static_cast<int>(tell(*answer, waiter));
+        }
+        Service(waiter, options).run();
+        return static_cast<int>(platform::ExitStatus::stopped);
     } catch (const std::exception& error) {
-        printError(error.what());
+        tellOperator(error.what(), waiter);
         return static_cast<int>(platform::ExitStatus::failed);
     }
 }

@@ -1,5 +1,8 @@
 // Whole jobs late bound: the queue read through ADO, the document through a plug-in, the settings from the
 // registry. Statement by statement they are those of every other engine.
+#include <gmock/gmock.h>
+
+#include "infra/tysDataBase.h"
 #include "windows/ado/ado_library.h"
 #include "windows/job/job_fixture.h"
 
@@ -39,6 +42,18 @@ TEST_P(WindowsJob, OfADocumentThatHasMovedReplacesThePathWordsAlone) {
     expectStatements(3, queueEntry(2) + loadOfCaches() + forgetPath(riverRecord().path) +
                             importantText("document_path") + words(pathRows()) + sentences({}) +
                             leaveQueue(riverRecord().path));
+}
+
+TEST_P(WindowsJob, OfAMailThatHasMovedAsksForItsPlaceByTheKeyOfItsRecord) {
+    statementsOf(1);
+    registerPlugin("eml", "TyTest.Mail");
+    const std::string key = rows("SELECT id FROM document_object", {"id"}).at(0);
+    infra::tysDataBase database(*services);
+    database.initialise();
+    EXPECT_TRUE(indexer->UpdateIndexForMove(riverPath, "eml", 7, database)) << logText();
+    EXPECT_EQ(rows("SELECT source_url FROM document_object", {"source_url"}),
+              Statements{"mail://archive/" + key});
+    EXPECT_THAT(rows("SELECT word FROM root_word", {"word"}), testing::Contains("archive"));
 }
 
 TEST_P(WindowsJob, ReadsAPluginThatStreamsItsSentences) {

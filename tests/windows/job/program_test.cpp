@@ -107,6 +107,19 @@ TEST_P(Program, EndsWithStatusOneWhenThereIsNoLibrary) {
     EXPECT_THAT(logText(), testing::HasSubstr("db:init: "));
 }
 
+TEST_P(Program, ShowsTheErrorThatItCannotStartFor) {
+    RunningProgram program("tyIndexer.exe", "--trace-sql missing-folder\\trace.sql");
+    EXPECT_THAT(program.message(), testing::StartsWith("The service has ended because of an error: "));
+    ASSERT_TRUE(program.answerMessage());
+    EXPECT_EQ(program.waitForEnd(), 1U);
+}
+
+TEST_P(Program, ShowsNoErrorUnderASupervisor) {
+    outputOf("reg add \"" + std::string(masterKeyPath) + "\" /ve /d present /f");
+    RunningProgram program("tyIndexer.exe", "--trace-sql missing-folder\\trace.sql");
+    EXPECT_EQ(program.waitForEnd(), 1U);
+}
+
 INSTANTIATE_TEST_SUITE_P(StandIn, Program, ::testing::Values(&ado_tests::standInLibrary));
 
 }  // namespace

@@ -51,14 +51,16 @@ HWND windowOf(DWORD process, Kind kind) {
 
 }  // namespace
 
-RunningProgram::RunningProgram(const std::string& name) {
+RunningProgram::RunningProgram(const std::string& name, const std::string& arguments) {
     std::array<wchar_t, MAX_PATH> own{};
     ::GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size()));
-    std::wstring command = std::filesystem::path(own.data()).replace_filename(name).wstring();
+    std::wstring command = L'"' + std::filesystem::path(own.data()).replace_filename(name).wstring() +
+                           L"\" " + std::filesystem::path(arguments).wstring();
     STARTUPINFOW start{};
     start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;  // of which none is given
     PROCESS_INFORMATION made{};
-    if (::CreateProcessW(command.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+    if (::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
                          &made) == FALSE) {
         throw std::runtime_error(name + " does not start: error " + std::to_string(::GetLastError()));
     }
@@ -94,6 +96,17 @@ bool RunningProgram::answerMessage() {
     HWND box = nullptr;
     return runsUntil([&] { return (box = windowOf(id_, Kind::messageBox)) != nullptr; }) &&
            ::PostMessageW(box, WM_COMMAND, IDOK, 0) != FALSE;
+}
+
+std::string RunningProgram::message() {
+    constexpr int messageText = 0xFFFF;
+    std::array<char, 1024> text{};
+    runsUntil([&] {
+        const HWND box = windowOf(id_, Kind::messageBox);
+        return box != nullptr &&
+               ::GetDlgItemTextA(box, messageText, text.data(), static_cast<int>(text.size())) > 0;
+    });
+    return text.data();
 }
 
 std::optional<unsigned long> RunningProgram::waitForEnd() {

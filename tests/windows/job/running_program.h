@@ -10,7 +10,8 @@ namespace job_tests {
 class RunningProgram {
   public:
     /// Starts a program that lies beside the test's own. Raises a std::runtime_error when it does not start.
-    explicit RunningProgram(const std::string& name);
+    /// Nobody reads what it prints, as when it is started from the desktop.
+    explicit RunningProgram(const std::string& name, const std::string& arguments = {});
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
     /// Kills what still runs.
@@ -24,6 +25,9 @@ class RunningProgram {
 
     /// Answers the message box that it shows with OK; false when it shows none.
     bool answerMessage();
+
+    /// What that message box says; empty when it shows none.
+    std::string message();
 
     /// Its exit status; empty when it does not end before the deadline.
     std::optional<unsigned long> waitForEnd();

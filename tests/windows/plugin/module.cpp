@@ -2,6 +2,7 @@
 #include <array>
 
 #include "windows/com_server/server_module.h"
+#include "windows/plugin/mail_plugin.h"
 #include "windows/plugin/probe.h"
 #include "windows/plugin/text_plugin.h"
 
@@ -16,7 +17,9 @@ const std::array classes = {
     com_server::ServerClass{L"TyTest.Stream", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A02}",
                             []() -> IDispatch* { return new TextPlugin(Sentences::streamed); }},
     com_server::ServerClass{L"TyTest.Probe", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A03}",
-                            []() -> IDispatch* { return new test_plugin::Probe; }}};
+                            []() -> IDispatch* { return new test_plugin::Probe; }},
+    com_server::ServerClass{L"TyTest.Mail", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A04}",
+                            []() -> IDispatch* { return new test_plugin::MailPlugin; }}};
 
 }  // namespace
 
