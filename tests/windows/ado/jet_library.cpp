@@ -63,6 +63,9 @@ std::vector<std::string> jetSchema() {
     // A sentence may be longer than a Text column holds, and a Memo column cannot be compared as a key.
     static const std::vector<std::pair<std::regex, std::string>> words = {
         {std::regex("--[^\n]*"), ""},
+        {std::regex("CREATE TRIGGER [\\s\\S]*?\\bEND;"), ""},
+        {std::regex("(ANALYZE|DELETE FROM|INSERT INTO) sqlite_[^;]*;"), ""},
+        {std::regex("\\(\\w+ / \\d+, (\\w+)\\)"), "($1)"},  // an index of an expression
         {std::regex("INSERT OR ROLLBACK"), "INSERT"},
         {std::regex("PRAGMA[^;]*;|BEGIN;|COMMIT;"), ""},
         {std::regex("INTEGER PRIMARY KEY AUTOINCREMENT"), "COUNTER PRIMARY KEY"},
