@@ -92,8 +92,8 @@ class SettingsDatabase::Connection {
     /// True when what stands at the path is still this file.
     [[nodiscard]] bool isOf(const FileIdentity& identity) const;
 
-    /// What was read from the file and still holds, as the file stands at this moment. To be asked for at the
-    /// start of every operation, with what the path shows.
+    /// To be called at the start of every operation, with what the path shows: forgets what was read unless
+    /// the file still is as it was then.
     void recall(const FileIdentity& identity);
     [[nodiscard]] SettingsMemory& memory() { return memory_; }
 
