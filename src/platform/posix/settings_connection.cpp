@@ -1,5 +1,7 @@
 #include "platform/posix/settings_connection.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 
@@ -45,6 +47,8 @@ constexpr std::array<std::string_view, static_cast<std::size_t>(SettingsStatemen
     " WHERE key_id = (SELECT id FROM setting_key WHERE folded = ?1) ORDER BY id LIMIT 1 OFFSET ?2",
     "SELECT name, type, data FROM setting_value"
     " WHERE key_id = (SELECT id FROM setting_key WHERE folded = ?1) ORDER BY id",
+    "BEGIN IMMEDIATE",
+    "COMMIT",
 };
 
 /// What a result code of the database library means to the callers of a settings store.
@@ -189,6 +193,35 @@ bool SettingsDatabase::Connection::isOf(const FileIdentity& identity) const {
             (identity.modified == identity_.modified && identity.size == identity_.size));
 }
 
+void SettingsDatabase::Connection::recall(const FileIdentity& identity) {
+    recalled_ = identity;
+    memory_.meet(state());
+}
+
+bool SettingsDatabase::Connection::isAsRecalled() const {
+    return memory_.state().has_value() && state() == memory_.state();
+}
+
+std::optional<SettingsState> SettingsDatabase::Connection::state() const {
+    if (logHeader_ == nullptr) {
+        return std::nullopt;
+    }
+    // There are two copies. A writer writes the second first, so that a reader who takes the first before the
+    // second and finds them equal has seen a whole one.
+    SettingsState found;
+    SettingsState::Header second{};
+    std::copy_n(logHeader_, found.header.size(), found.header.begin());
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    std::copy_n(logHeader_ + found.header.size(), second.size(), second.begin());
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    if (found.header != second || !found.isWritten()) {
+        return std::nullopt;
+    }
+    found.size = recalled_.size;
+    found.modified = recalled_.modified;
+    return found;
+}
+
 SettingsStatus SettingsDatabase::Connection::verify() {
     if (verified_ || status_ != SettingsStatus::success) {
         return status_;
@@ -224,6 +257,7 @@ SettingsStatus SettingsDatabase::Connection::verify() {
         // Refused where the file cannot be written; readers do not need it.
         static_cast<void>(execute("PRAGMA journal_mode = WAL"));
         rememberLog();
+        findLogHeader();
     }
     return SettingsStatus::success;
 }
@@ -259,6 +293,7 @@ void SettingsDatabase::Connection::forsake() {
     for (Statement& statement : statements_) {
         statement.reset();
     }
+    logHeader_ = nullptr;
     database_.reset();
     FileIdentity now;
     const std::string log = path_ + "-wal";
@@ -288,6 +323,30 @@ SettingsStatus SettingsDatabase::Connection::readNumber(std::string_view text, s
 
 void SettingsDatabase::Connection::rememberLog() {
     hasLog_ = identify(path_ + "-wal", log_) == 0;
+}
+
+void SettingsDatabase::Connection::findLogHeader() {
+    // The library maps the index when it first reads with a log. From then on the mapping stays where it is,
+    // and nobody can take the log away, for as long as the connection is open.
+    std::int64_t tableCount = 0;
+    Statement statement;
+    const SettingsStatus read = readNumber("SELECT count(*) FROM sqlite_master", tableCount);
+    const SettingsStatus prepared = prepare("PRAGMA journal_mode", statement);
+    SettingsQuery mode(prepared, statement.get());
+    if (read != SettingsStatus::success || !mode.step() || mode.columnBytes(0) != "wal") {
+        return;
+    }
+    // The library is asked for its mapping: a descriptor of our own would, when it is closed, drop the locks
+    // that every connection of this process holds on the index.
+    constexpr int mappedAtOnce = 32768;
+    constexpr int versionWithIndex = 2;
+    sqlite3_file* file = nullptr;
+    volatile void* header = nullptr;
+    if (sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
+        file != nullptr && file->pMethods != nullptr && file->pMethods->iVersion >= versionWithIndex &&
+        file->pMethods->xShmMap(file, 0, mappedAtOnce, 0, &header) == SQLITE_OK) {
+        logHeader_ = static_cast<const volatile std::uint32_t*>(header);
+    }
 }
 
 }  // namespace platform::posix

@@ -5,10 +5,12 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "platform/posix/settings_database.h"
+#include "platform/posix/settings_memory.h"
 #include "platform/settings_store.h"
 
 struct sqlite3;
@@ -42,6 +44,8 @@ enum class SettingsStatement : std::size_t {
     removeValue,
     valueAt,
     values,
+    begin,
+    commit,
     count,
 };
 
@@ -88,6 +92,17 @@ class SettingsDatabase::Connection {
     /// True when what stands at the path is still this file.
     [[nodiscard]] bool isOf(const FileIdentity& identity) const;
 
+    /// To be called at the start of every operation, with what the path shows: forgets what was read unless
+    /// the file still is as it was then.
+    void recall(const FileIdentity& identity);
+    [[nodiscard]] SettingsMemory& memory() { return memory_; }
+
+    /// True when the file is still as it was recalled: what was read meanwhile may be remembered.
+    [[nodiscard]] bool isAsRecalled() const;
+
+    /// The file's state at this moment, if it tells it: it does when it has a write-ahead log.
+    [[nodiscard]] std::optional<SettingsState> state() const;
+
     /// success for a settings file, notFound for one without any table yet, damaged for anything else.
     SettingsStatus verify();
     SettingsStatus makeTables();
@@ -113,12 +128,16 @@ class SettingsDatabase::Connection {
     SettingsStatus prepare(std::string_view text, Statement& statement);
     SettingsStatus readNumber(std::string_view text, std::int64_t& number);
     void rememberLog();
+    void findLogHeader();
 
     std::string path_;
     Mode mode_;
     FileIdentity identity_;
     FileIdentity log_;  // of the write-ahead log beside the file
     bool hasLog_ = false;
+    FileIdentity recalled_;  // the file when the operation began
+    SettingsMemory memory_;
+    const volatile std::uint32_t* logHeader_ = nullptr;  // in the library's mapping of the log's index
     bool verified_ = false;
     SettingsStatus status_ = SettingsStatus::success;  // of opening it
     std::unique_ptr<sqlite3, CloseDatabase> database_;

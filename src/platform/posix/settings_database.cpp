@@ -43,8 +43,15 @@ SettingsDatabase::~SettingsDatabase() = default;
 
 SettingsStatus SettingsDatabase::findKey(const std::string& folded) {
     return run(Purpose::read, [&](Connection& connection) {
+        const std::optional<bool> known = connection.memory().key(folded);
+        if (known) {
+            return *known ? SettingsStatus::success : SettingsStatus::notFound;
+        }
         SettingsQuery query = connection.query(SettingsStatement::findKey);
         const bool found = query.text(folded).step();
+        if (query.status() == SettingsStatus::success && connection.isAsRecalled()) {
+            connection.memory().rememberKey(folded, found);
+        }
         return foundOr(SettingsStatus::notFound, found, query.status());
     });
 }
@@ -109,24 +116,30 @@ SettingsStatus SettingsDatabase::subKeys(const std::string& folded, std::vector<
 SettingsStatus SettingsDatabase::readValue(const std::string& folded, std::string_view name,
                                            SettingsValue& value) {
     return run(Purpose::read, [&](Connection& connection) {
-        const std::string foldedName = base::fold(name);
-        SettingsQuery query = connection.query(SettingsStatement::readValue);
-        const bool found = query.text(folded).text(foldedName).step();
+        std::optional<SettingsValue> found;
+        const SettingsStatus status = look(connection, folded, base::fold(name), found);
         if (found) {
-            value = valueOf(query);
+            value = std::move(*found);
         }
-        return foundOr(SettingsStatus::notFound, found, query.status());
+        return foundOr(SettingsStatus::notFound, found.has_value(), status);
     });
 }
 
-bool SettingsDatabase::holds(Connection& connection, const std::string& folded, const std::string& foldedName,
-                             ValueType type, std::string_view data) {
-    SettingsQuery query = connection.query(SettingsStatement::readValue);
-    if (!query.text(folded).text(foldedName).step()) {
-        return false;
+SettingsStatus SettingsDatabase::look(Connection& connection, const std::string& folded,
+                                      const std::string& foldedName, std::optional<SettingsValue>& value) {
+    const std::optional<SettingsValue>* known = connection.memory().value(folded, foldedName);
+    if (known != nullptr) {
+        value = *known;
+        return SettingsStatus::success;
     }
-    const SettingsValue present = valueOf(query);
-    return present.type == type && present.data == data;
+    SettingsQuery query = connection.query(SettingsStatement::readValue);
+    if (query.text(folded).text(foldedName).step()) {
+        value = valueOf(query);
+    }
+    if (query.status() == SettingsStatus::success && connection.isAsRecalled()) {
+        connection.memory().rememberValue(folded, foldedName, value);
+    }
+    return query.status();
 }
 
 SettingsStatus SettingsDatabase::storeValue(const std::string& folded, std::string_view name, ValueType type,
@@ -135,18 +148,51 @@ SettingsStatus SettingsDatabase::storeValue(const std::string& folded, std::stri
     const SettingsStatus status = run(Purpose::write, [&](Connection& connection) {
         const std::string foldedName = base::fold(name);
         // Most writes of a running service say what is there already. Seeing that takes no lock from others.
-        if (holds(connection, folded, foldedName, type, data)) {
+        std::optional<SettingsValue> present;
+        static_cast<void>(look(connection, folded, foldedName, present));
+        if (present && present->type == type && present->data == data) {
             stored = true;
             return SettingsStatus::success;
         }
-        SettingsQuery query = connection.query(SettingsStatement::storeValue);
-        query.text(folded).text(foldedName).text(name).number(static_cast<std::uint32_t>(type));
-        query.bytes(data).step();
-        stored = connection.changes() > 0;
-        return query.status();
+        return write(connection, folded, foldedName, {std::string(name), type, std::string(data)}, stored);
     });
     // Nothing was written: another process has stored the same meanwhile, or the key is gone.
     return status == SettingsStatus::success && !stored ? findKey(folded) : status;
+}
+
+SettingsStatus SettingsDatabase::write(Connection& connection, const std::string& folded,
+                                       const std::string& foldedName, const SettingsValue& value,
+                                       bool& stored) {
+    SettingsQuery begin = connection.query(SettingsStatement::begin);
+    begin.step();
+    if (begin.status() != SettingsStatus::success) {
+        return begin.status();
+    }
+    // From here on nobody else commits. What is remembered stays true beside the value that is written now.
+    const std::optional<SettingsState> before = connection.state();
+    const bool isKnown = before && before == connection.memory().state();
+    SettingsStatus status = SettingsStatus::success;
+    {
+        SettingsQuery query = connection.query(SettingsStatement::storeValue);
+        query.text(folded).text(foldedName).text(value.name).number(static_cast<std::uint32_t>(value.type));
+        query.bytes(value.data).step();
+        stored = connection.changes() > 0;
+        status = query.status();
+    }
+    if (status == SettingsStatus::success) {
+        SettingsQuery commit = connection.query(SettingsStatement::commit);
+        commit.step();
+        status = commit.status();
+    }
+    if (status != SettingsStatus::success) {
+        static_cast<void>(connection.execute("ROLLBACK"));
+        return status;
+    }
+    const std::optional<SettingsState> after = connection.state();
+    if (stored && isKnown && after && after->isNextAfter(*before)) {
+        connection.memory().follow(*after, folded, foldedName, value);
+    }
+    return status;
 }
 
 SettingsStatus SettingsDatabase::removeValue(const std::string& folded, std::string_view name) {
@@ -218,9 +264,14 @@ SettingsStatus SettingsDatabase::reach(Purpose purpose) {
     if (error != 0 || !file.isPlain) {
         return SettingsStatus::accessDenied;
     }
-    const SettingsStatus status = connect(file, purpose);
-    return status == SettingsStatus::notFound && purpose == Purpose::write ? connection_->makeTables()
-                                                                           : status;
+    SettingsStatus status = connect(file, purpose);
+    if (status == SettingsStatus::notFound && purpose == Purpose::write) {
+        status = connection_->makeTables();
+    }
+    if (status == SettingsStatus::success) {
+        connection_->recall(file);
+    }
+    return status;
 }
 
 SettingsStatus SettingsDatabase::connect(const FileIdentity& file, Purpose purpose) {

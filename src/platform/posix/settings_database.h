@@ -2,12 +2,15 @@
 // SettingsFile owns it and gives it the shape of a settings store.
 //
 // Every operation is a transaction of its own and looks first whether the file is still the one it knows, so
-// that a file which another program made, replaced or deleted is met as it is now. Nothing throws and nothing
-// is printed: the answer is a status. A file that is damaged, or is not a settings file, is never written to.
+// that a file which another program made, replaced or deleted is met as it is now. A look for a key or a
+// value is answered from memory where nobody has changed the file since it was last read. Nothing throws and
+// nothing is printed: the answer is a status. A file that is damaged, or is not a settings file, is never
+// written to.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -70,9 +73,13 @@ class SettingsDatabase {
     SettingsStatus connect(const FileIdentity& file, Purpose purpose);
     [[nodiscard]] SettingsStatus makeFile() const;
 
-    /// Whether a value is there with this type and data.
-    static bool holds(Connection& connection, const std::string& folded, const std::string& foldedName,
-                      ValueType type, std::string_view data);
+    /// The value, or success with none where there is none.
+    static SettingsStatus look(Connection& connection, const std::string& folded,
+                               const std::string& foldedName, std::optional<SettingsValue>& value);
+
+    /// Stores a value in a transaction of its own; tells whether anything was written.
+    static SettingsStatus write(Connection& connection, const std::string& folded,
+                                const std::string& foldedName, const SettingsValue& value, bool& stored);
 
     std::string path_;
     std::unique_ptr<Connection> connection_;
