@@ -54,6 +54,13 @@ bool Extractor::openByKey(std::int32_t key) {
                               "): this plug-in opens files by their path");
 }
 
+void Document::finish() {
+    if (makeSentences) {
+        sentences = makeSentences();
+        makeSentences = nullptr;
+    }
+}
+
 bool DocumentExtractor::SetDocumentID(const std::string& path) {
     document_ = Document();
     sentencesRead_ = 0;
@@ -67,8 +74,13 @@ bool DocumentExtractor::SetDocumentID(const std::string& path) {
         errorText_ = error.what();
         return false;
     }
-    limitSentences(document_.sentences, maxSentences);
     return true;
+}
+
+std::vector<std::string>& DocumentExtractor::sentences() {
+    document_.finish();
+    limitSentences(document_.sentences, maxSentences);
+    return document_.sentences;
 }
 
 std::int32_t DocumentExtractor::GetLastErrorNumber() {
@@ -87,27 +99,27 @@ base::Variant DocumentExtractor::GetDocumentProperty(const std::string& name) {
 
 std::int16_t DocumentExtractor::GetNumberOfSentences() {
     clearError();
-    return base::narrow16(countOf(document_.sentences));
+    return base::narrow16(countOf(sentences()));
 }
 
 bool DocumentExtractor::MoreSentences() {
     clearError();
-    return sentencesRead_ < document_.sentences.size();
+    return sentencesRead_ < sentences().size();
 }
 
 std::string DocumentExtractor::GetNextSentence() {
     clearError();
-    if (sentencesRead_ >= document_.sentences.size()) {
-        throw ExtractionError(
-            static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
-            "there is no sentence after number " + std::to_string(document_.sentences.size()));
+    std::vector<std::string>& all = sentences();
+    if (sentencesRead_ >= all.size()) {
+        throw ExtractionError(static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
+                              "there is no sentence after number " + std::to_string(all.size()));
     }
-    return document_.sentences[sentencesRead_++];
+    return all[sentencesRead_++];
 }
 
 std::string DocumentExtractor::GetSentenceText(std::int16_t index) {
     clearError();
-    return itemAt(document_.sentences, index);
+    return itemAt(sentences(), index);
 }
 
 std::int32_t DocumentExtractor::GetNumberofImportantText() {

@@ -86,10 +86,17 @@ struct Document {
     std::map<std::string, base::Variant>
         properties;  // "title", "data_size", "last_time_modified", "source_url", ...
     std::vector<std::string> sentences;
+    /// Makes the sentences, where that can wait until they are asked for: the service sets up the document's
+    /// record meanwhile. It must not depend on the file any more: what is wrong with a document has to be
+    /// known when it is opened. Called once, unless it raises an error.
+    std::function<std::vector<std::string>()> makeSentences = nullptr;
     std::vector<TypedText> importantText;
     std::vector<Annotation> annotations;
     std::vector<TypedText> metaTags;
     std::vector<SubDocument> subDocuments;
+
+    /// Makes the sentences that have not been made yet.
+    void finish();
 };
 
 /// An extractor for formats that are read whole: extract() is all that a plug-in writes.
@@ -126,6 +133,8 @@ class DocumentExtractor : public Extractor {
     static constexpr std::size_t maxSentences = 30000;
 
   private:
+    /// The sentences, made when they are asked for first.
+    std::vector<std::string>& sentences();
     /// Every call that succeeds leaves no error behind: the service asks after some of them.
     void clearError();
 

@@ -54,11 +54,10 @@ json presentError() {
 /// Collects the results of several calls until they are enough for one answer.
 class Results {
   public:
-    void add(const base::Variant& value) {
-        if (const auto* text = std::get_if<std::string>(&value.value())) {
-            size_ += text->size();
-        }
-        values_.push_back(protocol::valueToJson<json>(value));
+    void add(const base::Variant& value) { add(protocol::valueToJson<json>(value)); }
+    void add(json value) {
+        size_ += value.is_string() ? value.get_ref<const std::string&>().size() : 0;
+        values_.push_back(std::move(value));
     }
     [[nodiscard]] bool full() const {
         return size_ >= answerSize || std::chrono::steady_clock::now() - start_ >= answerTime;
@@ -82,6 +81,28 @@ json call(Extractor& extractor, json& params) {
     }
     const auto result = callByName(extractor, params.at("method").get<std::string>(), arguments);
     return {{"result", protocol::valueToJson<json>(result)}};
+}
+
+/// Several calls in one request. A call whose result is not the expected one is the last.
+json sequence(Extractor& extractor, json& params) {
+    json& calls = params.at("calls");
+    Results results;
+    json answer = json::object();
+    try {
+        for (json& step : calls) {
+            json result = call(extractor, step)["result"];
+            const auto expected = step.find("expect");
+            const bool goesOn = expected == step.end() || result == *expected;
+            results.add(std::move(result));
+            if (!goesOn || results.full()) {
+                break;
+            }
+        }
+    } catch (const std::exception&) {
+        answer["error"] = presentError();
+    }
+    answer["results"] = results.take();
+    return answer;
 }
 
 json range(Extractor& extractor, const json& params) {
@@ -159,6 +180,9 @@ json PluginServer::perform(const std::string& method, json& params) {
     }
     if (method == protocol::callMethod) {
         return call(object(params.at("object")), params);
+    }
+    if (method == protocol::sequenceMethod) {
+        return sequence(object(params.at("object")), params);
     }
     if (method == protocol::rangeMethod) {
         return range(object(params.at("object")), params);

@@ -34,22 +34,26 @@ sdk::Document readTextDocument(const std::string& path, std::size_t mostSentence
     refuseBinary(path, file.head(shared::binarySample));
     std::string bytes = file.readAll();
     refuseBinary(path, bytes);
-    const std::string content = shared::toUtf8(std::move(bytes));
+    std::string content = shared::toUtf8(std::move(bytes));
 
     sdk::Document document;
     shared::setFileProperties(document, file);
-    shared::SentenceCollector sentences(mostSentences);
     if (isMarkdown(path)) {
+        shared::SentenceCollector sentences(mostSentences);
         for (std::string& heading : addMarkdown(sentences, content, mostHeadings)) {
             document.importantText.push_back({std::move(heading), "heading"});
         }
         if (!document.importantText.empty()) {
             document.properties["title"] = document.importantText.front().text;
         }
+        document.sentences = sentences.take();
     } else {
-        shared::addPlainText(sentences, content);
+        document.makeSentences = [content = std::move(content), mostSentences] {
+            shared::SentenceCollector sentences(mostSentences);
+            shared::addPlainText(sentences, content);
+            return sentences.take();
+        };
     }
-    document.sentences = sentences.take();
     return document;
 }
 

@@ -20,6 +20,7 @@ inline constexpr std::string_view createMethod = "create";
 inline constexpr std::string_view callMethod = "call";
 inline constexpr std::string_view rangeMethod = "range";
 inline constexpr std::string_view whileMethod = "while";
+inline constexpr std::string_view sequenceMethod = "sequence";
 inline constexpr std::string_view releaseMethod = "release";
 
 /// JSON-RPC's own error codes.

@@ -1,9 +1,11 @@
 // A plug-in that misbehaves on demand. The name under which it is started says how and where: "dies.Echo"
 // dies when Echo is called, "exits.start" exits before it reads anything, "minimal.plugin" knows neither
-// range nor while. What it is asked is written to the file of its name with ".log" behind it.
+// range nor while nor sequence. What it is asked is written to the file of its name with ".log" behind it.
 //
 // SetDocumentID takes what the document is like: "300" has 300 items of each kind; "300 unknown" does not
-// know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB.
+// know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB;
+// "3 lasterror 7" answers 7 to GetLastErrorNumber; "3 broken title" raises an error for the property title;
+// "3 closed" cannot be opened.
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -31,7 +33,10 @@ struct Document {
     int items = 0;
     bool unknown = false;
     bool big = false;
+    bool closed = false;
     int errorAt = 0;
+    int lastError = 0;
+    std::string brokenProperty;
     int read = 0;
 };
 
@@ -96,6 +101,9 @@ class FaultyPlugin {
         if (method == "range" && !minimal) {
             return range(documents_.at(params["object"]), params, id);
         }
+        if (method == "sequence" && !minimal) {
+            return sequence(documents_.at(params["object"]), params["calls"], id);
+        }
         if (method == "while" && !minimal) {
             return takeWhile(documents_.at(params["object"]), params["count"], id);
         }
@@ -105,12 +113,20 @@ class FaultyPlugin {
     json call(Document& document, const std::string& method, json arguments, int id) {
         misbehaveAt(method, id);
         if (method == "SetDocumentID") {
-            document = describe(arguments[0]);
+            document = describe(arguments[0].is_string() ? arguments[0].get<std::string>() : "0");
+            return {{"result", !document.closed}};
         } else if (method == "GetProcessID") {
             return {{"result", static_cast<int>(getpid())}};
         } else if (method == "StartHelper") {
             return {{"result", startHelper()}};
         } else if (method == "Echo") {
+            return {{"result", arguments[0]}};
+        } else if (method == "GetLastErrorNumber") {
+            return {{"result", document.lastError}};
+        } else if (method == "GetDocumentProperty") {
+            if (arguments[0] == document.brokenProperty) {
+                throw Failure{78, "property is broken"};
+            }
             return {{"result", arguments[0]}};
         } else if (method == "Swap") {
             return {{"result", nullptr}, {"arguments", {arguments[1], arguments[0]}}};
@@ -132,8 +148,15 @@ class FaultyPlugin {
         while (words >> word) {
             document.unknown = document.unknown || word == "unknown";
             document.big = document.big || word == "big";
+            document.closed = document.closed || word == "closed";
             if (word == "error") {
                 words >> document.errorAt;
+            }
+            if (word == "lasterror") {
+                words >> document.lastError;
+            }
+            if (word == "broken") {
+                words >> document.brokenProperty;
             }
         }
         return document;
@@ -176,6 +199,37 @@ class FaultyPlugin {
         }
         if (fault_ == "overdoes") {
             answer["results"].push_back("one too many");
+        }
+        if (fault_ == "withholds") {
+            answer["results"].clear();
+        }
+        return answer;
+    }
+
+    json sequence(Document& document, const json& calls, int id) {
+        json answer = {{"results", json::array()}};
+        try {
+            for (const json& step : calls) {
+                const std::string method = step["method"];
+                log_ << "step " << method;
+                if (!step["arguments"].empty()) {
+                    log_ << ' ' << step["arguments"].dump();
+                }
+                log_ << std::endl;
+                const json result = call(document, method, step["arguments"], id)["result"];
+                answer["results"].push_back(result);
+                if (step.contains("expect") && result != step["expect"]) {
+                    break;
+                }
+                if (fault_ == "fewer") {
+                    break;
+                }
+            }
+        } catch (const Failure& failure) {
+            answer["error"] = {{"code", failure.code}, {"message", failure.message}};
+        }
+        if (fault_ == "overdoes") {
+            answer["results"].insert(answer["results"].end(), calls.size(), nullptr);
         }
         if (fault_ == "withholds") {
             answer["results"].clear();

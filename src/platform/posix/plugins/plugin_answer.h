@@ -26,9 +26,9 @@ struct PluginAnswer {
     std::optional<std::int64_t> handle;                   // of create
     std::optional<base::Variant> result;                  // of call
     std::optional<std::vector<base::Variant>> arguments;  // of call, when they have changed
-    std::optional<std::vector<base::Variant>> results;    // of range and while
+    std::optional<std::vector<base::Variant>> results;    // of range, while and sequence
     std::optional<bool> more;                             // of while
-    std::optional<PluginError> itemError;                 // of range and while, after the results
+    std::optional<PluginError> itemError;                 // of the same, after the results
     bool hasBadValue = false;                             // one of the above is there, but is no value
 };
 

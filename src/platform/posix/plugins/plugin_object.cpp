@@ -1,6 +1,7 @@
 #include "platform/posix/plugins/plugin_object.h"
 
 #include <algorithm>
+#include <array>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
@@ -36,6 +37,31 @@ std::vector<RangeReader> rangeReaders(PluginTarget target) {
     return readers;
 }
 
+constexpr std::string_view setDocument = "SetDocumentID";
+constexpr std::string_view sentenceCount = "GetNumberOfSentences";
+
+// The engine's order of calls is part of the contract. What it does between two calls decides how they are
+// grouped: a process that breaks over a later phase must not take from the engine what an earlier phase has.
+
+constexpr std::array properties{ExpectedCall{"GetDocumentProperty", "source_url"},
+                                ExpectedCall{.method = "GetLastErrorNumber", .expected = 0},
+                                ExpectedCall{"GetDocumentProperty", "data_size"},
+                                ExpectedCall{"GetDocumentProperty", "title"}};
+constexpr std::array modification{ExpectedCall{"GetDocumentProperty", "last_time_modified"}};
+constexpr std::array sentences{ExpectedCall{sentenceCount}};
+/// The engine passes over what there is none of.
+constexpr std::array counts{ExpectedCall{.method = "GetNumberofImportantText", .expected = 0},
+                            ExpectedCall{.method = "GetLastErrorNumber", .expected = 0},
+                            ExpectedCall{.method = "GetNumberofAnnotations", .expected = 0},
+                            ExpectedCall{.method = "GetLastErrorNumber", .expected = 0},
+                            ExpectedCall{.method = "GetNumberofMetaTags", .expected = 0},
+                            ExpectedCall{"GetLastErrorNumber"}};
+constexpr std::size_t fromAnnotations = 2;
+
+const std::array<ExpectedSequence, 3> afterOpening{properties, modification, sentences};
+const std::array<ExpectedSequence, 1> afterSentences{counts};
+const std::array<ExpectedSequence, 1> afterImportantText{ExpectedSequence(counts).subspan(fromAnnotations)};
+
 }  // namespace
 
 PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess::Milliseconds limit)
@@ -43,7 +69,8 @@ PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess
       limit_(limit),
       object_(createIn(*process_, limit)),
       ranges_(rangeReaders({*process_, object_, limit})),
-      while_({*process_, object_, limit}) {}
+      while_({*process_, object_, limit}),
+      expected_({*process_, object_, limit}) {}
 
 PluginObject::~PluginObject() {
     try {
@@ -55,14 +82,22 @@ PluginObject::~PluginObject() {
 
 base::Variant PluginObject::call(std::string_view method, std::span<base::Variant> arguments) {
     process_->raiseIfGone(method);
-    if (auto served = serve(method, arguments)) {
-        return std::move(*served);
+    if (auto item = serve(method, arguments)) {
+        expectWhatFollowsItems();
+        return std::move(*item);
     }
-    if (method == "SetDocumentID") {
+    if (method == setDocument) {
         forgetReadAhead();  // what was read belongs to another document
     }
-    base::Variant result = callPlainly(method, arguments);
+    auto expected = expected_.serve(method, arguments);
+    // The arguments may change in the call.
+    const bool opensByPath = method == setDocument && arguments.size() == 1 &&
+                             std::holds_alternative<std::string>(arguments[0].value());
+    base::Variant result = expected ? std::move(*expected) : callPlainly(method, arguments);
     learn(method, result);
+    if (opensByPath && result == base::Variant(true)) {
+        expected_.ask(afterOpening);
+    }
     return result;
 }
 
@@ -103,6 +138,20 @@ void PluginObject::learn(std::string_view method, const base::Variant& result) {
         range.learn(method, result);
     }
     while_.learn(method, result);
+    if (method == sentenceCount && !ranges_.front().start() && result == base::Variant(std::int32_t{0})) {
+        expected_.ask(afterSentences);
+    }
+}
+
+void PluginObject::expectWhatFollowsItems() {
+    RangeReader& bodySentences = ranges_[0];
+    RangeReader& importantText = ranges_[1];
+    if (bodySentences.takeEnd() || while_.takeEnd()) {
+        expected_.ask(afterSentences);
+    }
+    if (importantText.takeEnd()) {
+        expected_.ask(afterImportantText);
+    }
 }
 
 void PluginObject::forgetReadAhead() {
@@ -110,6 +159,7 @@ void PluginObject::forgetReadAhead() {
         range.reset();
     }
     while_.reset();
+    expected_.reset();
 }
 
 }  // namespace platform::posix

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/automation.h"
+#include "platform/posix/plugins/expected_calls.h"
 #include "platform/posix/plugins/plugin_process.h"
 #include "platform/posix/plugins/read_ahead.h"
 
@@ -25,6 +26,7 @@ class PluginObject : public AutomationObject {
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
     base::Variant callPlainly(std::string_view method, std::span<base::Variant> arguments);
     void learn(std::string_view method, const base::Variant& result);
+    void expectWhatFollowsItems();
     void forgetReadAhead();
 
     std::shared_ptr<PluginProcess> process_;
@@ -32,6 +34,7 @@ class PluginObject : public AutomationObject {
     std::int64_t object_;
     std::vector<RangeReader> ranges_;
     WhileReader while_;
+    ExpectedCalls expected_;
 };
 
 }  // namespace platform::posix

@@ -26,6 +26,7 @@ class PluginProcess {
     struct Abilities {
         bool ranges = true;
         bool whiles = true;
+        bool sequences = true;
     };
 
     /// Starts the program. An answer of more than `largestAnswer` bytes is a fault.

@@ -20,10 +20,6 @@ constexpr std::string_view sentenceCount = "GetNumberOfSentences";
 constexpr std::string_view moreSentences = "MoreSentences";
 constexpr std::string_view nextSentence = "GetNextSentence";
 
-bool isUnknownMethod(const PluginAnswer& answer) {
-    return answer.error && answer.error->code == protocol::methodNotFound;
-}
-
 /// The index that a call asks for; 0 when its arguments are not one whole number.
 std::int64_t indexOf(std::span<const base::Variant> arguments) {
     if (arguments.size() != 1) {
@@ -95,6 +91,7 @@ void RangeReader::reset() {
     nextIndex_ = 0;
     items_.clear();
     error_.reset();
+    ended_ = false;
 }
 
 bool RangeReader::isNext(std::string_view method, std::span<const base::Variant> arguments) {
@@ -105,7 +102,14 @@ bool RangeReader::isNext(std::string_view method, std::span<const base::Variant>
     if (nextIndex_ != 0 && index == nextIndex_ && method == methods_[nextMethod_]) {
         return true;
     }
-    if (index != 1 || method != methods_.front() || count_ < 1 || !target_.process.abilities.ranges) {
+    if (index != 1 || method != methods_.front()) {
+        return false;
+    }
+    return start();
+}
+
+bool RangeReader::start() {
+    if (count_ < 1 || !target_.process.abilities.ranges) {
         return false;
     }
     const std::int64_t count = count_;
@@ -156,6 +160,8 @@ void RangeReader::takeResults(std::string_view called, PluginAnswer& answer) {
     fetched_ += results / methods;
     if (fetched_ < count_) {
         ask();  // the process works on these while the engine works on the others
+    } else {
+        ended_ = true;
     }
 }
 
@@ -202,6 +208,7 @@ void WhileReader::reset() {
     more_ = false;
     items_.clear();
     error_.reset();
+    ended_ = false;
 }
 
 /// Makes sure that there is an item, an error or the end. False when the process knows no such request.
@@ -252,6 +259,8 @@ void WhileReader::takeResults(std::string_view called, PluginAnswer& answer) {
     }
     if (more_) {
         ask();  // the process works on the next sentences while the engine works on these
+    } else {
+        ended_ = true;
     }
 }
 

@@ -10,19 +10,14 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/variant.h"
 #include "platform/posix/plugins/plugin_process.h"
+#include "platform/posix/plugins/plugin_target.h"
 
 namespace platform::posix {
-
-/// Where a reader asks: the object, and the time an answer may take.
-struct PluginTarget {
-    PluginProcess& process;
-    std::int64_t object;
-    PluginProcess::Milliseconds limit;
-};
 
 /// Reads items 1 to a known count, each through one or two methods that are asked in turn.
 class RangeReader {
@@ -35,6 +30,13 @@ class RangeReader {
     /// The answer to a call that asks for the next item in order; nothing when the call is another one and
     /// has to be made as it is.
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
+
+    /// Asks for the first items right away, for a caller that knows that they are asked for next. False when
+    /// there are none, or when the process knows no such request.
+    bool start();
+
+    /// True once after the last item has arrived.
+    bool takeEnd() { return std::exchange(ended_, false); }
 
     /// Forgets everything.
     void reset();
@@ -56,6 +58,7 @@ class RangeReader {
     std::optional<PluginProcess::RequestId> pending_;
     std::deque<base::Variant> items_;
     std::optional<PluginError> error_;  // comes after the items
+    bool ended_ = false;
 };
 
 /// Reads sentences whose number nobody knows: MoreSentences and GetNextSentence in turn.
@@ -65,6 +68,7 @@ class WhileReader {
 
     void learn(std::string_view method, const base::Variant& result);
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
+    bool takeEnd() { return std::exchange(ended_, false); }
     void reset();
 
   private:
@@ -79,6 +83,7 @@ class WhileReader {
     std::optional<PluginProcess::RequestId> pending_;
     std::deque<base::Variant> items_;
     std::optional<PluginError> error_;  // comes after the items
+    bool ended_ = false;
 };
 
 }  // namespace platform::posix

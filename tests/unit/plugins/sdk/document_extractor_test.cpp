@@ -37,6 +37,42 @@ TEST(DocumentExtractor, AnswersWhatWasExtracted) {
     EXPECT_EQ(extractor.GetSubDocumentPath(1), "");
 }
 
+TEST(DocumentExtractor, MakesSentencesOnceAndWhenTheyAreAskedFor) {
+    int made = 0;
+    sdk::Document document;
+    document.makeSentences = [&made] {
+        ++made;
+        return std::vector<std::string>{"First.", "Second."};
+    };
+    SampleExtractor extractor(document);
+    EXPECT_TRUE(extractor.SetDocumentID("document"));
+    extractor.GetDocumentProperty("title");
+    EXPECT_EQ(made, 0);
+    EXPECT_EQ(extractor.GetNumberOfSentences(), 2);
+    EXPECT_EQ(extractor.GetSentenceText(2), "Second.");
+    EXPECT_TRUE(extractor.MoreSentences());
+    EXPECT_EQ(extractor.GetNextSentence(), "First.");
+    EXPECT_EQ(made, 1);
+}
+
+TEST(DocumentExtractor, RaisesTheErrorOfSentencesThatCannotBeMadeEachTime) {
+    sdk::Document document;
+    document.makeSentences = []() -> std::vector<std::string> { throw sdk::ExtractionError(7, "no rules"); };
+    SampleExtractor extractor(document);
+    EXPECT_TRUE(extractor.SetDocumentID("document"));
+    EXPECT_THROW(extractor.GetNumberOfSentences(), sdk::ExtractionError);
+    EXPECT_THROW(extractor.GetSentenceText(1), sdk::ExtractionError);
+}
+
+TEST(DocumentExtractor, JoinsSentencesThatAreMadeLater) {
+    sdk::Document document;
+    document.makeSentences = [] { return std::vector<std::string>(60000, "x"); };
+    SampleExtractor extractor(document);
+    EXPECT_TRUE(extractor.SetDocumentID("document"));
+    EXPECT_EQ(extractor.GetSentenceText(1), "x x");
+    EXPECT_EQ(extractor.GetNumberOfSentences(), 30000);
+}
+
 TEST(DocumentExtractor, AnswersAnUnknownPropertyWithAnEmptyValue) {
     SampleExtractor extractor({});
     extractor.SetDocumentID("document");

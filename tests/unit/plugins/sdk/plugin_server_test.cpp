@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "unit/plugins/sdk/sample_extractor.h"
 
@@ -22,6 +23,14 @@ class PluginServerTest : public testing::Test {
     }
     json call(const json& object, const std::string& method, const json& arguments = json::array()) {
         return ask("call", {{"object", object}, {"method", method}, {"arguments", arguments}});
+    }
+    static json step(const std::string& method, const json& arguments = json::array(),
+                     const std::optional<int>& expected = std::nullopt) {
+        json presented = {{"method", method}, {"arguments", arguments}};
+        if (expected) {
+            presented["expect"] = *expected;
+        }
+        return presented;
     }
     json open() {
         json object = ask("create", json::object())["result"];
@@ -90,6 +99,38 @@ TEST_F(PluginServerTest, EndsARangeEarlyWhenItsAnswerGrowsLarge) {
         ask("range", {{"object", object}, {"methods", {"GetSentenceText"}}, {"first", 1}, {"last", 8}});
     EXPECT_EQ(reply["result"]["results"].size(), 3U);
     EXPECT_FALSE(reply["result"].contains("error"));
+}
+
+TEST_F(PluginServerTest, AnswersASequenceInTheOrderOfItsCalls) {
+    document_.sentences = {"One.", "Two."};
+    document_.properties["title"] = "A title";
+    const json reply = ask(
+        "sequence", {{"object", open()},
+                     {"calls",
+                      {step("GetDocumentProperty", {"title"}), step("GetLastErrorNumber", json::array(), 0),
+                       step("GetSentenceText", {2}), step("GetNumberOfSentences")}}});
+    EXPECT_EQ(reply["result"], json({{"results", {"A title", 0, "Two.", 2}}}));
+}
+
+TEST_F(PluginServerTest, EndsASequenceAtAResultThatIsNotTheExpectedOne) {
+    document_.sentences = {"One.", "Two."};
+    const json reply =
+        ask("sequence", {{"object", open()},
+                         {"calls",
+                          {step("GetNumberofMetaTags", json::array(), 0),
+                           step("GetNumberOfSentences", json::array(), 0), step("GetSentenceText", {2})}}});
+    EXPECT_EQ(reply["result"], json({{"results", {0, 2}}}));
+}
+
+TEST_F(PluginServerTest, EndsASequenceAtAnErrorAndKeepsTheResultsBeforeIt) {
+    document_.sentences = {"One."};
+    const json object = open();
+    const json reply = ask(
+        "sequence", {{"object", object},
+                     {"calls", {step("GetNextSentence"), step("GetNextSentence"), step("MoreSentences")}}});
+    EXPECT_EQ(reply["result"]["results"], json({"One."}));
+    EXPECT_EQ(reply["result"]["error"]["code"], 9);
+    EXPECT_EQ(ask("sequence", {{"object", object}})["error"]["code"], -32602);
 }
 
 TEST_F(PluginServerTest, TakesSentencesWhileThereAreMore) {

@@ -26,7 +26,9 @@ TEST(TextCorpus, LosesNoCharacterButWhiteSpace) {
         std::ifstream file(path, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         std::string sentences;
-        for (const std::string& sentence : text::readTextDocument(path, 30000).sentences) {
+        sdk::Document document = text::readTextDocument(path, 30000);
+        document.finish();
+        for (const std::string& sentence : document.sentences) {
             sentences += sentence;
         }
         EXPECT_TRUE(shared::isUtf8(sentences)) << path;

@@ -13,7 +13,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 sdk::Document read(const std::string& path) {
-    return text::readTextDocument(path, 30000);
+    sdk::Document document = text::readTextDocument(path, 30000);
+    document.finish();
+    return document;
 }
 
 TEST(TextDocument, OfPlainTextHasSentencesAndNoTitle) {

@@ -1,0 +1,126 @@
+#include "platform/posix/plugins/expected_calls.h"
+
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+
+#include "platform/plugin_protocol.h"
+
+namespace platform::posix {
+namespace {
+
+using nlohmann::json;
+namespace protocol = plugin_protocol;
+
+bool isThatCall(const ExpectedCall& call, std::string_view method, std::span<const base::Variant> arguments) {
+    if (method != call.method || arguments.size() != (call.argument.empty() ? 0U : 1U)) {
+        return false;
+    }
+    const auto* text = arguments.empty() ? nullptr : std::get_if<std::string>(&arguments[0].value());
+    return arguments.empty() || (text != nullptr && *text == call.argument);
+}
+
+json toJson(const ExpectedCall& call) {
+    json presented = {{"method", call.method}, {"arguments", json::array()}};
+    if (!call.argument.empty()) {
+        presented["arguments"].push_back(call.argument);
+    }
+    if (call.expected) {
+        presented["expect"] = *call.expected;
+    }
+    return presented;
+}
+
+}  // namespace
+
+void ExpectedCalls::ask(std::span<const ExpectedSequence> sequences) {
+    reset();
+    sequences_ = sequences;
+    post();
+}
+
+std::optional<base::Variant> ExpectedCalls::serve(std::string_view method,
+                                                  std::span<const base::Variant> arguments) {
+    if (calls_.empty()) {
+        return std::nullopt;
+    }
+    if (!isThatCall(calls_.front(), method, arguments)) {
+        reset();
+        return std::nullopt;
+    }
+    if (results_.empty() && pending_ && !receive(method)) {
+        reset();
+        return std::nullopt;
+    }
+    if (results_.empty()) {
+        const auto error = std::exchange(error_, std::nullopt);
+        reset();
+        if (error) {
+            target_.process.raiseError(method, *error);
+        }
+        return std::nullopt;  // an earlier result was not what was expected, or the process stopped there
+    }
+    base::Variant result = std::move(results_.front());
+    results_.pop_front();
+    calls_.pop_front();
+    return result;
+}
+
+void ExpectedCalls::reset() {
+    if (pending_) {
+        target_.process.abandon(*std::exchange(pending_, std::nullopt));
+    }
+    sequences_ = {};
+    calls_.clear();
+    results_.clear();
+    error_.reset();
+}
+
+void ExpectedCalls::post() {
+    if (sequences_.empty() || !target_.process.abilities.sequences) {
+        return;
+    }
+    json calls = json::array();
+    for (const ExpectedCall& call : sequences_.front()) {
+        calls.push_back(toJson(call));
+        calls_.push_back(call);
+    }
+    pending_ = target_.process.post(protocol::sequenceMethod,
+                                    json({{"object", target_.object}, {"calls", std::move(calls)}}).dump());
+}
+
+/// False when the calls have to be made as they are.
+bool ExpectedCalls::receive(std::string_view called) {
+    PluginAnswer answer =
+        target_.process.await(*std::exchange(pending_, std::nullopt), called, target_.limit);
+    if (isUnknownMethod(answer)) {
+        target_.process.abilities.sequences = false;
+    }
+    if (answer.error) {
+        return false;  // of the request as a whole: nothing has been called
+    }
+    takeResults(called, answer);
+    return true;
+}
+
+void ExpectedCalls::takeResults(std::string_view called, PluginAnswer& answer) {
+    const std::size_t most = sequences_.front().size();
+    if (!answer.results) {
+        target_.process.fault(called, "the plug-in answered without a list of results");
+    }
+    if (answer.results->size() > most) {
+        target_.process.fault(called, "the plug-in answered more calls than it was asked for");
+    }
+    if (answer.results->empty() && !answer.itemError) {
+        target_.process.fault(called, "the plug-in answered a sequence without a result");
+    }
+    std::move(answer.results->begin(), answer.results->end(), std::back_inserter(results_));
+    error_ = answer.itemError;
+    if (!error_ && results_.size() == most) {
+        sequences_ = sequences_.subspan(1);
+        post();  // the process works on these while the engine works on the others
+    }
+}
+
+}  // namespace platform::posix
