@@ -82,6 +82,7 @@ class Indexer {
     WordCollection words_;                 // of the document being indexed
     std::deque<SentenceEntry> sentences_;  // of the document being indexed
     std::string normalised_;               // reused from sentence to sentence
+    std::string statement_;                // reused from new word to new word
 };
 
 }  // namespace indexer

@@ -1,5 +1,9 @@
 // From counted words and sentences to rows.
+#include <array>
+#include <charconv>
+#include <concepts>
 #include <exception>
+#include <limits>
 
 #include "base/text.h"
 #include "indexer/Indexer.h"
@@ -10,20 +14,38 @@ namespace indexer {
 
 using infra::LogLevel;
 
+namespace {
+
+/// Some hundred rows of each document bring six numbers each.
+void appendNumber(std::string& text, std::integral auto number) {
+    std::array<char, std::numeric_limits<decltype(number)>::digits10 + 2> digits{};
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    text.append(digits.data(), written.ptr);
+}
+
+}  // namespace
+
 void Indexer::CommitWords(std::int32_t idDocumentObject, infra::tysDataBase& database) {
     beginTransaction(database, LogLevel::errorReport);
-    std::string statement;
+    std::string statement =
+        "INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "
+        "first_matching_sentence ) VALUES( ";
+    appendNumber(statement, idDocumentObject);
+    statement.append(", ");
+    const std::size_t headSize = statement.size();
     for (std::size_t i = 1; i <= words_.count(); ++i) {
         const WordIndexEntry& entry = words_.at(i);
-        statement.assign(
-            "INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "
-            "first_matching_sentence ) VALUES( ");
-        statement.append(std::to_string(idDocumentObject)).append(", ");
-        statement.append(std::to_string(entry.hitCount)).append(" , ");
-        statement.append(std::to_string(entry.compType)).append(", ");
-        statement.append(std::to_string(entry.subType)).append(", ");
-        statement.append(std::to_string(entry.idRootWord)).append(", ");
-        statement.append(std::to_string(entry.firstMatchingSentence)).append(" )");
+        statement.resize(headSize);
+        appendNumber(statement, entry.hitCount);
+        statement.append(" , ");
+        appendNumber(statement, entry.compType);
+        statement.append(", ");
+        appendNumber(statement, entry.subType);
+        statement.append(", ");
+        appendNumber(statement, entry.idRootWord);
+        statement.append(", ");
+        appendNumber(statement, entry.firstMatchingSentence);
+        statement.append(" )");
         insertWord(statement, entry, database);
     }
     database.getConnection()->commitTrans();
@@ -58,18 +80,24 @@ void Indexer::insertWord(const std::string& statement, const WordIndexEntry& ent
 }
 
 void Indexer::CommitSentences(std::int32_t idDocumentObject, infra::tysDataBase& database) {
-    static constexpr const char* head =
+    std::string statement =
         "INSERT INTO ascii_sentences(id_document_object, sentence_length, content, num_sentence) VALUES(";
+    appendNumber(statement, idDocumentObject);
+    const std::size_t headSize = statement.size();
     beginTransaction(database, LogLevel::errorReport);
     const auto connection = database.getConnection();
     try {
-        const std::string document = std::to_string(idDocumentObject);
-        connection->execute(head + document + ", 1, ' ', -1)");
-        connection->execute(head + document + ", 1, ' ', 0)");
+        connection->execute(statement + ", 1, ' ', -1)");
+        connection->execute(statement + ", 1, ' ', 0)");
         for (const SentenceEntry& sentence : sentences_) {
             if (sentence.referenced) {
-                connection->execute(head + document + "," + std::to_string(base::length(sentence.text)) +
-                                    ",'" + sentence.text + "'," + std::to_string(sentence.index) + ")");
+                statement.resize(headSize);
+                statement.append(",");
+                appendNumber(statement, base::length(sentence.text));
+                statement.append(",'").append(sentence.text).append("',");
+                appendNumber(statement, sentence.index);
+                statement.append(")");
+                connection->execute(statement);
             }
         }
         connection->commitTrans();

@@ -82,18 +82,18 @@ void Indexer::AddWord(std::string_view word, std::int16_t compType, std::string_
 }
 
 std::int32_t Indexer::addRootWord(const WordKey& key, infra::tysDataBase& database) {
-    const std::string word(key.word);
-    const std::string label = "Error adding root word: " + word + ". ";
+    const auto label = [&key] { return "Error adding root word: " + std::string(key.word) + ". "; };
     infra::retryFailing(services_, label, [&] {
         // Normalised words carry no apostrophe, so the word goes in as it is.
-        database.getConnection()->execute("INSERT INTO root_word ( word ) VALUES( '" + word + "')");
+        statement_.assign("INSERT INTO root_word ( word ) VALUES( '").append(key.word).append("')");
+        database.getConnection()->execute(statement_);
     });
     const std::int32_t id = infra::retryFailing(services_, label, [&] {
         const auto row = database.openRecordset("SELECT @@IDENTITY AS id_root_word FROM root_word",
                                                 platform::CursorType::fixed, platform::LockType::optimistic);
         return row->field("id_root_word").toInt32();
     });
-    infra::retryFailing(services_, label, [&] { caches_.rootWords().add(id, word, key.wordHash); });
+    infra::retryFailing(services_, label, [&] { caches_.rootWords().add(id, key.word, key.wordHash); });
     return id;
 }
 

@@ -72,7 +72,67 @@ bool beginsInDialect(std::string_view statement) {
 
 }  // namespace
 
-void LexedStatement::read(std::string_view statement) {
+bool LexedStatement::read(std::string_view statement) {
+    if (hasShape_ && readSameShape(statement)) {
+        return true;
+    }
+    hasShape_ = false;
+    readWhole(statement);
+    hasShape_ = isTranslatable_;
+    return false;
+}
+
+/// What lies between the literals decides, together with the kinds of the literals, how each character is
+/// read: where all of it is equal, so are the tokens.
+bool LexedStatement::readSameShape(std::string_view statement) {
+    statement_ = statement;
+    unquoted_.clear();
+    position_ = 0;
+    std::size_t shapeStart = 0;
+    const auto skipShape = [this, &shapeStart](std::size_t shapeEnd) {
+        const std::size_t size = shapeEnd - shapeStart;
+        const bool isSame = statement_.size() - position_ >= size &&
+                            std::memcmp(statement_.data() + position_, shape_.data() + shapeStart, size) == 0;
+        position_ += size;
+        return isSame;
+    };
+    for (Literal& literal : literals_) {
+        if (!skipShape(literal.shapePosition) || !readLiteralAgain(literal)) {
+            return false;
+        }
+        shapeStart = literal.shapePosition + 1;
+    }
+    return skipShape(shape_.size()) && position_ == statement_.size();
+}
+
+/// Reads a literal of the kind that stood in this place. False where none stands or its text has no end.
+bool LexedStatement::readLiteralAgain(Literal& literal) {
+    const char c = position_ < statement_.size() ? statement_[position_] : ' ';
+    std::size_t end = position_;
+    if (literal.kind == Literal::Kind::number) {
+        const bool startsSigned =
+            (c == '-' && numberStartsAt(position_ + 1)) || (c == '.' && numberStartsAt(position_));
+        if (!isDigit(c) && !(literal.mayBeSigned && startsSigned)) {
+            return false;
+        }
+        end = endOfNumber();
+        literal.value = statement_.substr(position_, end - position_);
+    } else {
+        if (classOf(c) != CharClass::quote) {
+            return false;
+        }
+        literal.value = textAt(c, end);
+        if (end == std::string_view::npos) {
+            return false;
+        }
+    }
+    literal.position = position_;
+    literal.length = end - position_;
+    position_ = end;
+    return true;
+}
+
+void LexedStatement::readWhole(std::string_view statement) {
     statement_ = statement;
     shape_.clear();
     literals_.clear();
@@ -147,7 +207,7 @@ bool LexedStatement::numberStartsAt(std::size_t position) const {
     return position < statement_.size() && isDigit(statement_[position]);
 }
 
-void LexedStatement::readNumber() {
+std::size_t LexedStatement::endOfNumber() const {
     std::size_t end = position_;
     const auto skipDigits = [this, &end] {
         while (end < statement_.size() && isDigit(statement_[end])) {
@@ -171,6 +231,11 @@ void LexedStatement::readNumber() {
         skipDigits();
         end = end == exponent ? mantissaEnd : end;
     }
+    return end;
+}
+
+void LexedStatement::readNumber() {
+    const std::size_t end = endOfNumber();
     if (keepNumbers_ || keepNextNumber_) {
         position_ = end;
     } else {
@@ -180,32 +245,42 @@ void LexedStatement::readNumber() {
     afterOperand_ = true;
 }
 
-void LexedStatement::readText(char quote) {
+/// The text that begins with a quote where the statement stands, with `end` behind its last quote; npos where
+/// it has none.
+std::string_view LexedStatement::textAt(char quote, std::size_t& end) {
     const std::size_t start = position_ + 1;
     std::size_t pieceStart = start;
     std::size_t unquotedStart = std::string::npos;
     for (;;) {
-        const std::size_t end = statement_.find(quote, pieceStart);
+        const std::size_t pieceEnd = statement_.find(quote, pieceStart);
+        end = pieceEnd == std::string_view::npos ? pieceEnd : pieceEnd + 1;
         if (end == std::string_view::npos) {
-            fail("a text literal has no closing quote", position_);
+            return {};
         }
-        const bool doubled = end + 1 < statement_.size() && statement_[end + 1] == quote;
+        const bool doubled = end < statement_.size() && statement_[end] == quote;
         if (!doubled && unquotedStart == std::string::npos) {
-            lift(Literal::Kind::text, statement_.substr(start, end - start), end + 1);
-            break;
+            return statement_.substr(start, pieceEnd - start);
         }
         if (unquotedStart == std::string::npos) {
             unquoted_.reserve(statement_.size());  // literals are views into it: it must never move
             unquotedStart = unquoted_.size();
         }
-        unquoted_.append(statement_, pieceStart, end - pieceStart);
+        unquoted_.append(statement_, pieceStart, pieceEnd - pieceStart);
         if (!doubled) {
-            lift(Literal::Kind::text, std::string_view(unquoted_).substr(unquotedStart), end + 1);
-            break;
+            return std::string_view(unquoted_).substr(unquotedStart);
         }
         unquoted_ += quote;
-        pieceStart = end + 2;
+        pieceStart = end + 1;
     }
+}
+
+void LexedStatement::readText(char quote) {
+    std::size_t end = 0;
+    const std::string_view value = textAt(quote, end);
+    if (end == std::string_view::npos) {
+        fail("a text literal has no closing quote", position_);
+    }
+    lift(Literal::Kind::text, value, end);
     afterOperand_ = true;
 }
 
@@ -249,7 +324,7 @@ void LexedStatement::readEnd() {
 
 void LexedStatement::lift(Literal::Kind kind, std::string_view value, std::size_t end) {
     shape_.append(statement_, copied_, position_ - copied_);
-    literals_.push_back({kind, value, position_, end - position_, shape_.size()});
+    literals_.push_back({kind, value, position_, end - position_, shape_.size(), !afterOperand_});
     shape_ += literalMark;
     position_ = copied_ = end;
 }

@@ -21,6 +21,7 @@ struct Literal {
     std::size_t position = 0;       // where it begins in the statement, in bytes
     std::size_t length = 0;         // its length there
     std::size_t shapePosition = 0;  // where its mark stands in the shape
+    bool mayBeSigned = false;       // a minus or a point there begins a number
 };
 
 class LexedStatement {
@@ -31,7 +32,10 @@ class LexedStatement {
     ///
     /// Numbers behind TOP, GROUP BY and ORDER BY stay in the shape: there they are no values. A statement
     /// that is neither a query nor an INSERT, UPDATE or DELETE stays whole and is its own shape.
-    void read(std::string_view statement);
+    ///
+    /// Gives true when the shape is that of the statement read before: rows of one kind come one after the
+    /// other, and then only their literals are read.
+    bool read(std::string_view statement);
 
     [[nodiscard]] const std::string& shape() const { return shape_; }
     [[nodiscard]] const std::vector<Literal>& literals() const { return literals_; }
@@ -43,6 +47,9 @@ class LexedStatement {
     [[noreturn]] void raiseAt(const std::string& what, std::size_t shapePosition) const;
 
   private:
+    [[nodiscard]] bool readSameShape(std::string_view statement);
+    [[nodiscard]] bool readLiteralAgain(Literal& literal);
+    void readWhole(std::string_view statement);
     void readToken();
     void readWord();
     void readNumber();
@@ -51,6 +58,8 @@ class LexedStatement {
     void readSymbol(char symbol);
     void readEnd();
 
+    [[nodiscard]] std::size_t endOfNumber() const;
+    [[nodiscard]] std::string_view textAt(char quote, std::size_t& end);
     [[nodiscard]] bool numberStartsAt(std::size_t position) const;
     void lift(Literal::Kind kind, std::string_view value, std::size_t end);
     [[noreturn]] void fail(const std::string& what, std::size_t position) const;
@@ -68,6 +77,7 @@ class LexedStatement {
     bool keepNextNumber_ = false;  // behind TOP
     bool afterOperand_ = false;    // a minus now is an operator, not a sign
     bool isTranslatable_ = true;
+    bool hasShape_ = false;  // of a statement in the dialect that was read to its end
 };
 
 }  // namespace platform::jet

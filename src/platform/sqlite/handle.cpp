@@ -22,6 +22,11 @@ constexpr int checkpointPages = 16384;
 
 const jet::Dialect dialect{"1", "0", [](std::size_t number) { return "?" + std::to_string(number); }, false};
 
+// Nobody asks SQLite how much memory it has, and its count takes a lock in every allocation: some thirty for
+// each row where it is built without lookaside memory. The count can only be left out before the first file
+// is opened, which may be another part's; where that has happened it goes on.
+const int memoryCountResult = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+
 sqlite3* openFile(const std::string& path) {
     sqlite3* database = nullptr;
     const int code =
@@ -159,8 +164,11 @@ std::int64_t Handle::pragmaNumber(const char* pragma) {
 }
 
 Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts texts) {
-    lexed_.read(text);
-    PreparedShape& shape = shapeOf(text);
+    if (!lexed_.read(text) || lastShape_ == nullptr) {
+        lastShape_ = nullptr;  // until it is known: a statement may not compile
+        lastShape_ = &shapeOf(text);
+    }
+    PreparedShape& shape = *lastShape_;
     sqlite3_stmt* prepared = nullptr;
     if (shape.idle.empty()) {
         shape.idle.reserve(shape.inUse + 1);  // giving it back must not fail
@@ -237,6 +245,7 @@ void Handle::finalise(PreparedShape& shape) {
 }
 
 void Handle::forgetIdleShapes() {
+    lastShape_ = nullptr;
     for (auto shape = shapes_.begin(); shape != shapes_.end();) {
         if (shape->second.inUse > 0) {
             ++shape;

@@ -96,6 +96,7 @@ class Handle {
     std::atomic<std::size_t>& prepared_;
     jet::LexedStatement lexed_;
     Shapes shapes_;
+    PreparedShape* lastShape_ = nullptr;  // of the statement that was read last
     NewRootWords newRootWords_{*this};
     std::int64_t schemaVersion_ = 0;
     bool isDamaged_ = false;

@@ -71,13 +71,25 @@ FileStatus LibraryFile::status() const {
 }
 
 LibraryFile::End LibraryFile::checkContent(sqlite3* database) {
-    sqlite3_file* file = nullptr;
-    Header header{};
+    sqlite3_file* file = openFile(database);
     sqlite3_int64 size = 0;
-    if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
-        file == nullptr || file->pMethods == nullptr || file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+    if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
         fail("cannot be read");
     }
+    return checkContent(file, size);
+}
+
+sqlite3_file* LibraryFile::openFile(sqlite3* database) const {
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+        file == nullptr || file->pMethods == nullptr) {
+        fail("cannot be read");
+    }
+    return file;
+}
+
+LibraryFile::End LibraryFile::checkContent(sqlite3_file* file, std::int64_t size) {
+    Header header{};
     constexpr std::string_view magic{"SQLite format 3\0", 16};
     if (size < static_cast<std::int64_t>(headerSize) ||
         file->pMethods->xRead(file, header.data(), headerSize, 0) != SQLITE_OK ||
@@ -105,7 +117,8 @@ void LibraryFile::checkSame(sqlite3* database) {
     if (now.size == 0) {
         fail("has been emptied since it was opened");
     }
-    static_cast<void>(checkContent(database));
+    // Every statement outside a transaction asks this, so the file is not asked for its size once more.
+    static_cast<void>(checkContent(openFile(database), now.size));
 }
 
 bool LibraryFile::isInPlace() const noexcept {

@@ -3,11 +3,13 @@
 // SQLite's locks on it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/sqlite/file_status.h"
 
 struct sqlite3;
+struct sqlite3_file;
 
 namespace platform::sqlite {
 
@@ -32,6 +34,8 @@ class LibraryFile {
 
   private:
     [[nodiscard]] FileStatus status() const;
+    [[nodiscard]] sqlite3_file* openFile(sqlite3* database) const;
+    End checkContent(sqlite3_file* file, std::int64_t size);
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string path_;

@@ -19,6 +19,9 @@ constexpr std::string_view readKey = "SELECT @@IDENTITY AS id_root_word FROM roo
 constexpr std::int32_t reservedAtOnce = 256;
 constexpr std::size_t mostKept = 8192;
 
+// Words that one statement writes.
+constexpr std::size_t rowsAtOnce = 16;
+
 // A trigger or a unique index may refuse a word or do something else with it: then each is written at once,
 // so that its own insert tells. So it is when the keys do not come from sqlite_sequence.
 constexpr std::string_view askTables =
@@ -138,11 +141,23 @@ void NewRootWords::write() {
 }
 
 void NewRootWords::insertWords() {
-    for (std::size_t i = written_; i < words_.size(); ++i) {
-        const Word& word = words_[i];
-        run("INSERT INTO root_word (id, word) VALUES (" + std::to_string(word.id) + ", '" + word.text + "')");
+    for (std::size_t next = written_; next < words_.size();) {
+        const std::size_t rows = words_.size() - next >= rowsAtOnce ? rowsAtOnce : 1;
+        insertRows(next, rows);
+        next += rows;
     }
     written_ = words_.size();
+}
+
+/// Each statement opens the tables, sets a mark to roll back to and writes the sequence: one for many rows
+/// does so once.
+void NewRootWords::insertRows(std::size_t first, std::size_t count) {
+    insert_.assign("INSERT INTO root_word (id, word) VALUES ");
+    for (std::size_t i = first; i < first + count; ++i) {
+        insert_.append(i == first ? "(" : ", (").append(std::to_string(words_[i].id));
+        insert_.append(", '").append(words_[i].text).append("')");
+    }
+    run(insert_);
 }
 
 /// Another program may have taken keys behind the reserved ones: then those that are left are never given.

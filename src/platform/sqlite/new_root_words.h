@@ -64,11 +64,13 @@ class NewRootWords {
     void reserveKeys(std::string_view insert);
     std::int32_t advanceSequence();
     void insertWords();
+    void insertRows(std::size_t first, std::size_t count);
     void run(std::string_view statement);
 
     Handle& handle_;
     std::vector<Word> words_;
     std::size_t written_ = 0;  // of words_, in the open transaction
+    std::string insert_;       // reused from statement to statement
     Keys keys_;                // reserved and not yet given to a word
     Answer canKeep_ = Answer::unknown;
 };

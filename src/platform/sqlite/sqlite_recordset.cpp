@@ -34,7 +34,6 @@ void SqliteRecordset::open(std::string_view statement, Connection& connection, C
                                  "A recordset can be opened on a connection of its own engine only");
     }
     opened->trace(statement);
-    statement_ = statement;
     connection_ = opened;
     connection_->attach(*this);
     try {
@@ -44,6 +43,7 @@ void SqliteRecordset::open(std::string_view statement, Connection& connection, C
             eof_ = false;
             return;
         }
+        statement_ = statement;
         live_ = connection_->prepareQuery(statement_);
         columns_ = nullptr;
         if (cursor == CursorType::forwardOnly && !live_->translation().readsIdentity) {

@@ -2,8 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <charconv>
 #include <cstdint>
 #include <limits>
+#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -33,6 +35,23 @@ struct Binder {
         return sqlite3_bind_text64(statement, number, data, value.size(), destructor, SQLITE_UTF8);
     }
 };
+
+int bindLiteral(const Binder& binder, const jet::Literal& literal, const jet::MetColumn& column) {
+    // Nearly all literals are texts and whole numbers of a few digits, for columns that take them as they
+    // are.
+    if (column.type != jet::ColumnType::date && column.type != jet::ColumnType::boolean) {
+        if (literal.kind == jet::Literal::Kind::text) {
+            return binder(literal.value);
+        }
+        std::int64_t whole = 0;
+        const char* end = literal.value.data() + literal.value.size();
+        const auto read = std::from_chars(literal.value.data(), end, whole);
+        if (read.ec == std::errc() && read.ptr == end) {
+            return binder(whole);
+        }
+    }
+    return std::visit(binder, jet::parameterValue(literal, column));
+}
 
 base::Variant wholeNumber(std::int64_t value) {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -120,8 +139,7 @@ void Statement::bind(const jet::LexedStatement& lexed, std::int32_t identity, Te
         const Binder binder{prepared_, ++number, texts};
         const int code = parameter.isIdentity
                              ? binder(std::int64_t{identity})
-                             : std::visit(binder, jet::parameterValue(lexed.literals()[parameter.literal],
-                                                                      parameter.column));
+                             : bindLiteral(binder, lexed.literals()[parameter.literal], parameter.column);
         if (code != SQLITE_OK) {
             raiseError(database_, code, "Giving a statement its values", text);
         }

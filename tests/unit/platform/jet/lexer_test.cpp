@@ -201,4 +201,81 @@ TEST_F(Lexer, NamesThePlaceOfAnErrorInTheStatementNotInTheShape) {
     }
 }
 
+/// What a lexer gives that has read `before`, and one that has read nothing.
+struct Readings {
+    bool isSameShape = false;
+    std::string shape;
+    std::string freshShape;
+    Values values;
+    Values freshValues;
+};
+
+Readings readAfter(std::string_view before, std::string_view text) {
+    const auto valuesOf = [](const LexedStatement& statement) {
+        Values values;
+        for (const Literal& literal : statement.literals()) {
+            values.push_back(std::string(literal.value) + "@" + std::to_string(literal.position) + "+" +
+                             std::to_string(literal.length) + "@" + std::to_string(literal.shapePosition));
+        }
+        return values;
+    };
+    LexedStatement warm;
+    LexedStatement fresh;
+    warm.read(before);
+    Readings readings;
+    readings.isSameShape = warm.read(text);
+    fresh.read(text);
+    readings.shape = warm.shape();
+    readings.freshShape = fresh.shape();
+    readings.values = valuesOf(warm);
+    readings.freshValues = valuesOf(fresh);
+    return readings;
+}
+
+TEST(LexerAfterAnotherStatement, ReadsWhatAFreshOneReads) {
+    const std::vector<std::string> texts = {
+        "INSERT INTO t (a, b) VALUES(1,'x')",
+        "INSERT INTO t (a, b) VALUES(-22.5e3,'it''s \"x\"')",
+        "INSERT INTO t (a, b) VALUES(.5,\"it's\")",
+        "INSERT INTO t (a, b) VALUES(7,'')",
+        "INSERT INTO t (a, b) VALUES('7','x')",
+        "INSERT INTO t (a, b) VALUES(7,8)",
+        "INSERT INTO t (a, b) VALUES(7,'x');",
+        "INSERT INTO t (a, b) VALUES(7,'x') ",
+        "INSERT INTO t (a, b) VALUES(7,'x'), (8,'y')",
+        "INSERT INTO t (a, b) VALUES(7e,'x')",
+        "SELECT a -5 FROM t",
+        "SELECT a -.5 FROM t",
+        "SELECT a - 5 FROM t",
+        "SELECT a - -5 FROM t",
+        "SELECT TOP 5 a FROM t WHERE a=5",
+        "SELECT TOP 6 a FROM t WHERE a=5",
+        "SELECT a FROM t",
+        "SELECT a FROM t1",
+        "CREATE TABLE t (a LONG DEFAULT 5)",
+    };
+    for (const std::string& before : texts) {
+        for (const std::string& text : texts) {
+            const Readings readings = readAfter(before, text);
+            EXPECT_EQ(readings.shape, readings.freshShape) << text << " after " << before;
+            EXPECT_EQ(readings.values, readings.freshValues) << text << " after " << before;
+        }
+    }
+}
+
+TEST(LexerAfterAnotherStatement, TellsWhetherTheShapeIsTheSame) {
+    const char* const before = "INSERT INTO t (a, b) VALUES(1,'x')";
+    EXPECT_TRUE(readAfter(before, "INSERT INTO t (a, b) VALUES(-2,'it''s')").isSameShape);
+    EXPECT_FALSE(readAfter(before, "INSERT INTO t (a, b) VALUES(2,3)").isSameShape);
+    EXPECT_FALSE(readAfter(before, "INSERT INTO t (a, c) VALUES(1,'x')").isSameShape);
+    EXPECT_FALSE(readAfter(before, "INSERT INTO t (a, b) VALUES(1,'x')+1").isSameShape);
+}
+
+TEST_F(Lexer, RaisesAfterAStatementOfTheSameBeginning) {
+    statement.read("SELECT a FROM t WHERE b='x'");
+    EXPECT_THAT(errorOf("SELECT a FROM t WHERE b='y"), HasSubstr("a text literal has no closing quote"));
+    EXPECT_FALSE(statement.read("SELECT a FROM t WHERE b='z'"));
+    EXPECT_TRUE(statement.read("SELECT a FROM t WHERE b=''"));
+}
+
 }  // namespace
