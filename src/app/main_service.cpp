@@ -74,8 +74,8 @@ class Service {
 
 constexpr const char* notes =
     "The settings are those of the user, or of the file that $TYINDEXER_SETTINGS names; plug-ins come from\n"
-    "the folders in $TYINDEXER_PLUGINS, then from the installed one. SIGTERM and SIGINT end the service\n"
-    "after the document in work; the same signal a second time kills it.";
+    "the folders in $TYINDEXER_PLUGINS, then from the installed one. SIGTERM, SIGINT and SIGHUP end\n"
+    "the service after the document in work; the same signal a second time kills it.";
 
 }  // namespace
 

@@ -28,6 +28,11 @@ void onSignal(int /*signal*/) {
     errno = formerError;
 }
 
+bool isIgnored(int signal) {
+    struct sigaction present {};
+    return sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
+}
+
 std::chrono::nanoseconds steadyTime() {
     return std::chrono::steady_clock::now().time_since_epoch();
 }
@@ -64,6 +69,12 @@ TakenSignal::TakenSignal(int signal) : signal_(signal) {
 TakenSignal::~TakenSignal() {
     // What the system itself gave out it takes back; were it not so, nothing could be done here.
     static_cast<void>(sigaction(signal_, &former_, nullptr));
+}
+
+SignalWaiter::SignalWaiter() {
+    if (!isIgnored(SIGHUP)) {
+        hangUp_.emplace(SIGHUP);
+    }
 }
 
 Waiter::Milliseconds SignalWaiter::now() {

@@ -1,5 +1,5 @@
-// A SignalWaiter is real time, and closes the window on SIGTERM and SIGINT. The composition root owns the one
-// that a program makes.
+// A SignalWaiter is real time, and closes the window on SIGTERM, SIGINT and SIGHUP. The composition root owns
+// the one that a program makes.
 //
 // A signal closes the window as an operator would, so the document in work is finished first. The same signal
 // a second time has its usual effect: it ends a service that hangs.
@@ -7,6 +7,7 @@
 
 #include <array>
 #include <csignal>
+#include <optional>
 
 #include "platform/posix/descriptor.h"
 #include "platform/waiter.h"
@@ -48,6 +49,9 @@ class TakenSignal {
 
 class SignalWaiter : public Waiter {
   public:
+    /// Leaves SIGHUP alone where whoever started the program has it ignored, as nohup does.
+    SignalWaiter();
+
     [[nodiscard]] Milliseconds now() override;
     void wait(std::optional<Milliseconds> until) override;
     [[nodiscard]] bool closeRequested() override;
@@ -62,6 +66,7 @@ class SignalWaiter : public Waiter {
     WakeUpPipe pipe_;
     TakenSignal terminate_{SIGTERM};
     TakenSignal interrupt_{SIGINT};
+    std::optional<TakenSignal> hangUp_;
     bool closeRequested_ = false;
 };
 

@@ -89,7 +89,7 @@ void Handle::writeNewRootWords() noexcept {
             newRootWords_.giveBackKeys();
         }
     } catch (const std::exception&) {
-        return;  // no row of the library refers to them: no other statement has run since
+        return;  // the words are lost with what else the library could not take
     }
 }
 

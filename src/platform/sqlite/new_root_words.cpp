@@ -117,10 +117,14 @@ std::int32_t NewRootWords::advanceSequence() {
     return statement.row(*statement.columns()).at(0).toInt32();
 }
 
-void NewRootWords::write() {
+bool NewRootWords::areWritten() {
     if (written_ > 0 && !handle_.isInTransaction()) {
         rolledBack();  // SQLite has ended the transaction by itself, for want of space or the like
     }
+    return written_ == words_.size();
+}
+
+void NewRootWords::write() {
     if (areWritten()) {
         return;
     }
@@ -171,10 +175,6 @@ void NewRootWords::giveBackKeys() {
 
 void NewRootWords::committed() {
     words_.erase(words_.begin(), words_.begin() + static_cast<std::ptrdiff_t>(written_));
-    written_ = 0;
-}
-
-void NewRootWords::rolledBack() {
     written_ = 0;
 }
 

@@ -35,15 +35,15 @@ class NewRootWords {
 
     /// The transaction that the words were written in has ended.
     void committed();
-    void rolledBack();
+    void rolledBack() { written_ = 0; }
 
     /// Gives the keys back that no word has got.
     void giveBackKeys();
 
-    [[nodiscard]] bool areWritten() const { return written_ == words_.size(); }
+    [[nodiscard]] bool areWritten();
 
     /// Whether there are words to write or keys to give back.
-    [[nodiscard]] bool isInUse() const { return !areWritten() || keys_.next <= keys_.last; }
+    [[nodiscard]] bool isInUse() { return !areWritten() || keys_.next <= keys_.last; }
 
     /// The tables may have changed: whether words can be kept has to be looked up anew.
     void forgetTables() { canKeep_ = Answer::unknown; }

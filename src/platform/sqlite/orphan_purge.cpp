@@ -17,6 +17,12 @@ constexpr std::string_view purgeStatement =
 // A bit each; only a library whose keys another program gives has more.
 constexpr std::int64_t mostNewKeys = 100'000'000;
 
+// Without one of them, words lose hits unnoticed.
+constexpr std::int64_t notingTriggers = 4;
+constexpr std::string_view countNotingTriggers =
+    "SELECT count(*) AS id FROM sqlite_schema WHERE type = 'trigger' AND name IN ('word_index_deleted', "
+    "'word_index_updated', 'root_word_added', 'root_word_renumbered')";
+
 constexpr std::string_view readLast = "SELECT coalesce(max(last_root_word), 0) AS id FROM word_purge";
 constexpr std::string_view readNewest = "SELECT coalesce(max(id), 0) AS id FROM root_word";
 
@@ -116,6 +122,10 @@ bool isOrphanPurge(std::string_view statement) {
 }
 
 void purgeOrphans(Handle& handle) {
+    if (numberOf(handle, countNotingTriggers) != notingTriggers) {
+        run(handle, purgeStatement);
+        return;
+    }
     const bool isAlone = !handle.isInTransaction();
     if (isAlone) {
         run(handle, "BEGIN IMMEDIATE");

@@ -97,6 +97,8 @@ void SqliteConnection::beginTrans() {
     }
     settleRecordsets();
     open.checkFile();
+    // What SQLite rolled back by itself is still to be written.
+    open.newRootWords().rolledBack();
     // The write lock at once: a transaction that read first could meet rows that another connection has
     // changed since, and would then fail in its middle.
     runControl("BEGIN IMMEDIATE");

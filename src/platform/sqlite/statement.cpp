@@ -101,6 +101,20 @@ bool isOfType(const base::Variant& stored, jet::ColumnType type) {
            (type == ColumnType::text && std::holds_alternative<std::string>(stored.value()));
 }
 
+/// A write that the system refused, for a quota or a limit, leaves the file as it was.
+bool tellsOfDamage(int code) {
+    switch (code) {
+        case SQLITE_IOERR_WRITE:
+        case SQLITE_IOERR_FSYNC:
+        case SQLITE_IOERR_TRUNCATE:
+            return false;
+        default:
+            break;
+    }
+    const int kind = code & 0xFF;
+    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_IOERR;
+}
+
 }  // namespace
 
 Statement::Statement(Statement&& other) noexcept
@@ -149,8 +163,7 @@ void Statement::bind(const jet::LexedStatement& lexed, std::int32_t identity, Te
 bool Statement::step(std::string_view text) {
     const int code = sqlite3_step(prepared_);
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
-        const int kind = code & 0xFF;
-        *isDamaged_ = *isDamaged_ || kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_IOERR;
+        *isDamaged_ = *isDamaged_ || tellsOfDamage(sqlite3_extended_errcode(database_));
         raiseError(database_, code, "Running a statement", text);
     }
     return code == SQLITE_ROW;

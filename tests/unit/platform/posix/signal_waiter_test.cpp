@@ -26,8 +26,8 @@ TEST(SignalWaiter, IsNotAskedToCloseBeforeASignal) {
     EXPECT_FALSE(waiter.closeRequested());
 }
 
-TEST(SignalWaiter, BothSignalsAskToClose) {
-    for (const int signal : {SIGTERM, SIGINT}) {
+TEST(SignalWaiter, EachOfItsSignalsAsksToClose) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         SignalWaiter waiter;
         ASSERT_EQ(std::raise(signal), 0);
         EXPECT_TRUE(waiter.closeRequested());
@@ -62,7 +62,7 @@ TEST(SignalWaiter, ASecondSignalOfTheSameKindHasItsUsualEffect) {
 }
 
 TEST(SignalWaiter, GivesTheSignalsBack) {
-    for (const int signal : {SIGTERM, SIGINT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         struct sigaction before {};
         ASSERT_EQ(sigaction(signal, nullptr, &before), 0);
         { SignalWaiter waiter; }
@@ -86,6 +86,16 @@ TEST(SignalWaiter, LeavesNoFileOpenWhenItGoes) {
     const int before = lowestFreeDescriptor();
     { SignalWaiter waiter; }
     EXPECT_EQ(lowestFreeDescriptor(), before);
+}
+
+TEST(SignalWaiter, LeavesAHangUpThatIsIgnoredAlone) {
+    const auto former = std::signal(SIGHUP, SIG_IGN);
+    {
+        SignalWaiter waiter;
+        ASSERT_EQ(std::raise(SIGHUP), 0);
+        EXPECT_FALSE(waiter.closeRequested());
+    }
+    std::signal(SIGHUP, former);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // Root words are kept back until the library is written or read anyway. Nobody may notice but by the speed.
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <csignal>
 
 #include <filesystem>
 
@@ -179,6 +181,54 @@ TEST_F(NewRootWordsTest, AreKeptWhenTheirWritingFailsAndWrittenOnceItSucceeds) {
     connection().beginTrans();
     connection().commitTrans();
     EXPECT_EQ(seen(), Seen{"1 river"});
+}
+
+TEST_F(NewRootWordsTest, AreWrittenAfterATransactionThatRanOutOfSpace) {
+    run("PRAGMA max_page_count = 1");  // as many as there are
+    const int key = add("river");
+    connection().beginTrans();
+    EXPECT_NE(errorOf([this] {
+                  run("INSERT INTO ascii_sentences (id_document_object, content) VALUES (1, '" +
+                      std::string(200000, 'x') + "')");
+              }).find("full"),
+              std::string::npos);
+    connection().beginTrans();  // SQLite has rolled the first one back by itself
+    connection().commitTrans();
+    EXPECT_EQ(seen(), Seen{std::to_string(key) + " river"});
+}
+
+/// While it lives, no file can be made larger than the file at a path is now.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(const std::string& path) : formerHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &former_);
+        rlimit limit = former_;
+        limit.rlim_cur = std::filesystem::file_size(path);
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &former_);
+        std::signal(SIGXFSZ, formerHandler_);
+    }
+
+  private:
+    rlimit former_{};
+    void (*formerHandler_)(int);
+};
+
+TEST_F(NewRootWordsTest, OutliveAConnectionWhoseWritesTheSystemRefused) {
+    add("river");
+    {
+        const FileSizeLimit limit(path() + "-wal");
+        EXPECT_FALSE(errorOf([this] {
+                         connection().beginTrans();
+                         connection().commitTrans();
+                     }).empty());
+        connection_.reset();
+    }
+    EXPECT_EQ(texts("SELECT word FROM root_word", "word"), Seen{"river"});
 }
 
 /// A process that indexes documents and ends without a word at one of its statements.

@@ -114,6 +114,16 @@ TEST_F(WordIndexTest, ThePurgeWorksInALibraryThatNotesNothing) {
     EXPECT_EQ(words(), Words{"2"});
 }
 
+TEST_F(WordIndexTest, ThePurgeMissesNoWordWhereATriggerIsMissing) {
+    addWord(1);
+    addHit(5, 1);
+    purge();
+    run("DROP TRIGGER word_index_deleted");
+    run("DELETE * FROM word_index");
+    purge();
+    EXPECT_EQ(words(), Words{});
+}
+
 TEST_F(WordIndexTest, ThePurgeDoesTheSameAsThePlainStatementWhateverHappened) {
     std::mt19937 random(7);  // NOLINT(cert-msc51-cpp): the same run every time
     const auto upTo = [&random](int most) { return std::uniform_int_distribution<int>(1, most)(random); };
