@@ -91,11 +91,25 @@ void AdoConnection::rollbackTrans() {
 }
 
 void AdoConnection::close() {
-    if (std::exchange(inTransaction_, false)) {
-        rollbackTrans();  // ADO refuses to close a connection with an open transaction
-    }
     isOpen_ = false;
-    connection_.call("Close");
+    std::exception_ptr failure;
+    if (std::exchange(inTransaction_, false)) {
+        try {
+            rollbackTrans();  // ADO refuses to close a connection with an open transaction
+        } catch (...) {
+            failure = std::current_exception();  // the library must not stay open for it
+        }
+    }
+    try {
+        connection_.call("Close");
+    } catch (...) {
+        if (!failure) {
+            throw;
+        }
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
 }
 
 void AdoConnection::setProperty(const char* name, const std::string& value) {

@@ -113,7 +113,11 @@ base::DateTime fromAutomationDate(double days) {
     }
     const double day = std::trunc(days);
     const double time = std::abs(days - day) * secondsOfDay;
-    return base::DateTime::fromSeconds(static_cast<std::int64_t>(day) * secondsOfDay + std::llround(time));
+    const std::int64_t seconds = static_cast<std::int64_t>(day) * secondsOfDay + std::llround(time);
+    if (seconds >= static_cast<std::int64_t>(endOfDays) * secondsOfDay) {  // by rounding
+        throw base::RuntimeError(base::ErrorNumber::overflow, "Overflow");
+    }
+    return base::DateTime::fromSeconds(seconds);
 }
 
 void toAutomation(const base::Variant& value, VARIANT& variant) {

@@ -16,6 +16,15 @@ namespace {
 
 constexpr const char* fileSystemObject = "Scripting.FileSystemObject";
 
+/// The object takes patterns in a file's name and deletes all that match. No file can have such a name.
+void requireOneFile(const std::string& path) {
+    const std::size_t separator = path.find_last_of("\\/");
+    const std::size_t name = separator == std::string::npos ? 0 : separator + 1;
+    if (path.find_first_of("*?", name) != std::string::npos) {
+        throw windowsError(ERROR_INVALID_NAME, "cannot delete " + path);
+    }
+}
+
 /// Closes the file at the end of the operation, an error's end included.
 class File {
   public:
@@ -51,6 +60,7 @@ void WindowsFiles::prepare() {
 }
 
 void WindowsFiles::deleteFile(const std::string& path) {
+    requireOneFile(path);
     if (!deleter_) {
         prepare();
     }

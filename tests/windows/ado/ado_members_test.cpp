@@ -1,10 +1,14 @@
 // Which members of ADO are used, in which order and with what.
 #include <gtest/gtest.h>
+#include <windows.h>
+// windows.h stands first: the automation headers need it.
+#include <oleauto.h>
 
 #include <array>
 
 #include "base/runtime_error.h"
 #include "platform/sqlite/sqlite_engine.h"
+#include "platform/windows/ado_connection.h"
 #include "platform/windows/dispatch.h"
 #include "windows/ado/ado_library.h"
 
@@ -90,6 +94,19 @@ TEST_F(AdoMembers, RollATransactionBackBeforeTheConnectionCloses) {
     EXPECT_EQ(library_->takeRecord(), (Record{{"Connection.RollbackTrans"}, {"Connection.Close"}}));
     connection.reset();
     EXPECT_EQ(library_->takeRecord(), Record{});
+}
+
+TEST_F(AdoMembers, CloseAConnectionWhoseTransactionCannotBeRolledBack) {
+    const auto connection = connect();
+    connection->beginTrans();
+    IDispatch* shared = dynamic_cast<platform::windows::AdoConnection&>(*connection).object().object();
+    shared->AddRef();
+    platform::windows::Dispatch object(shared, "ADODB.Connection");
+    object.call("RollbackTrans");  // behind its back
+    library_->takeRecord();
+    EXPECT_THROW(connection->close(), base::RuntimeError);
+    EXPECT_EQ(library_->takeRecord(), (Record{{"Connection.RollbackTrans"}, {"Connection.Close"}}));
+    EXPECT_EQ(object.get("State"), base::Variant(std::int32_t{0}));
 }
 
 TEST_F(AdoMembers, OpenARecordsetWithItsCursorAndLock) {

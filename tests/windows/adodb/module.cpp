@@ -2,17 +2,17 @@
 // alone: on Windows they belong to the system.
 #include <array>
 
+#include "windows/adodb/class_ids.h"
 #include "windows/adodb/connection.h"
 #include "windows/adodb/recordset.h"
 #include "windows/com_server/server_module.h"
 
 namespace {
 
-const std::array classes = {
-    com_server::ServerClass{L"ADODB.Connection", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A11}",
-                            []() -> IDispatch* { return new stand_in::Connection; }},
-    com_server::ServerClass{L"ADODB.Recordset", L"{5B2C7B0E-6E5F-4D0A-9C11-3C4C2F1B7A12}",
-                            []() -> IDispatch* { return new stand_in::Recordset; }}};
+const std::array classes = {com_server::ServerClass{L"ADODB.Connection", stand_in::connectionClass,
+                                                    []() -> IDispatch* { return new stand_in::Connection; }},
+                            com_server::ServerClass{L"ADODB.Recordset", stand_in::recordsetClass,
+                                                    []() -> IDispatch* { return new stand_in::Recordset; }}};
 
 bool isWine() {
     const HMODULE system = ::GetModuleHandleW(L"ntdll.dll");

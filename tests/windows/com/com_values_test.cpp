@@ -37,6 +37,17 @@ TEST(ComValues, RaiseForADateBeyondTheCalendar) {
                  base::RuntimeError);
 }
 
+TEST(ComValues, RaiseForADateThatRoundsBeyondTheCalendar) {
+    EXPECT_EQ(fromAutomationDate(2958465.99999).text(), "9999-12-31 23:59:59");
+    try {
+        static_cast<void>(fromAutomationDate(2958465.9999999));
+        FAIL() << "no error";
+    } catch (const base::RuntimeError& error) {
+        EXPECT_EQ(error.number(), static_cast<int>(base::ErrorNumber::overflow));
+        EXPECT_EQ(error.description(), "Overflow");
+    }
+}
+
 TEST(ComValues, KeepATextWithANulInIt) {
     VARIANT variant;
     ::VariantInit(&variant);

@@ -6,6 +6,9 @@
 #include <objbase.h>
 
 #include <filesystem>
+#include <utility>
+
+#include "windows/adodb/class_ids.h"
 
 namespace {
 
@@ -42,6 +45,18 @@ TEST(Servers, OfPluginsRegisterThemselves) {
 
 TEST(Servers, InThePlaceOfAdoRegisterThemselvesUnderWineAlone) {
     EXPECT_EQ(SUCCEEDED(registerServer(L"test_adodb.dll")), isWine());
+    if (!isWine()) {
+        return;
+    }
+    // The tests that need the stand-in are skipped without it, which must not happen unnoticed.
+    for (const auto& [progId, own] : {std::pair{L"ADODB.Connection", stand_in::connectionClass},
+                                      std::pair{L"ADODB.Recordset", stand_in::recordsetClass}}) {
+        CLSID expected{};
+        CLSID found{};
+        ASSERT_EQ(::CLSIDFromString(own, &expected), S_OK) << progId;
+        EXPECT_EQ(::CLSIDFromProgID(progId, &found), S_OK) << progId;
+        EXPECT_NE(::IsEqualGUID(found, expected), FALSE) << progId;
+    }
 }
 
 }  // namespace

@@ -69,6 +69,24 @@ TEST_F(Files, ThatAreMissingOrFoldersOrInUseRaise) {
     EXPECT_TRUE(std::filesystem::exists(path));
 }
 
+TEST_F(Files, AreNotDeletedByAPattern) {
+    folder.write("one.tmp", "text");
+    folder.write("two.tmp", "text");
+    const std::string extended = R"(\\?\)" + folder.path();
+    for (const std::string& path :
+         {folder / "*.tmp", folder / "t?o.tmp", folder.path() + "/*", extended + "\\*.tmp"}) {
+        try {
+            files.deleteFile(path);
+            ADD_FAILURE() << "nothing was raised for " << path;
+        } catch (const base::RuntimeError& error) {
+            EXPECT_EQ(error.number(), ERROR_INVALID_NAME) << path;
+            EXPECT_NE(error.description().find(path), std::string::npos) << error.description();
+        }
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder / "one.tmp"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "two.tmp"));
+}
+
 TEST_F(Files, AreAppendedToAsTheBytesAre) {
     files.append(folder / "service.log", "one\r\n");
     files.append(folder / "service.log", std::string("t\0o\r\n", 5));
