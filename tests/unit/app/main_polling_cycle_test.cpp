@@ -13,7 +13,8 @@ using testing::StartsWith;
 
 using PollingCycle = Window;
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, PollingCycle, testing::Values(headlessToolkit, screenToolkit), toolkitName);
+INSTANTIATE_TEST_SUITE_P(Toolkits, PollingCycle, testing::Values(headlessToolkit, screenToolkit),
+                         toolkitName);
 
 TEST_P(PollingCycle, AnEmptyQueueIsLookedAtAndTheTimerGoesOn) {
     startQuietly();

@@ -18,7 +18,8 @@ class LongDocument : public IndexerTest, public testing::WithParamInterface<Tool
     indexer::Indexer indexerOfTheWindow{services};
 };
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, LongDocument, testing::Values(headlessToolkit, screenToolkit), toolkitName);
+INSTANTIATE_TEST_SUITE_P(Toolkits, LongDocument, testing::Values(headlessToolkit, screenToolkit),
+                         toolkitName);
 
 TEST_P(LongDocument, TheOperatorNeverWaitsLongerThanFiftySentences) {
     platform::Form& form = driver->toolkit().createForm("Main", "", 3000, 1000);
