@@ -15,9 +15,9 @@ namespace {
 // The service has some sixty shapes; more come only from an operator's own statements.
 constexpr std::size_t mostShapes = 512;
 
-// Pages in the write-ahead log before they are moved into the library: 64 MiB. A document changes a page for
-// nearly each of its words, and the next document many of the same ones; moving them seldom moves each of
-// them once instead of time and again.
+// Pages in the write-ahead log before they are moved into the library: 64 MiB. A document changes dozens of
+// pages, and the next document many of the same ones; moving them seldom moves each of them once instead of
+// time and again.
 constexpr int checkpointPages = 16384;
 
 const jet::Dialect dialect{"1", "0", [](std::size_t number) { return "?" + std::to_string(number); }, false};
