@@ -5,11 +5,14 @@ keys and mouse buttons. Nothing of the machine's own desktop is used or touched.
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import signal
 import struct
 import subprocess
 import zlib
+
+from harness import wait_until
 
 # Whatever chooses another desktop, look or way of input than the test's own.
 FOREIGN = re.compile(r"QT_|QML|WAYLAND_|XDG_|DBUS_|AT_SPI|GTK_|XMODIFIERS|XCURSOR|SESSION_|XAUTHORITY|LC_|LANG|NO_AT_")
@@ -105,12 +108,21 @@ class Desktop:
             raise AssertionError(f"dbus-daemon did not start: {self.messages('dbus-daemon')}")
 
     def start_window_manager(self):
+        """Openbox runs the command once it has come up. It tells that it is there long before, but a window that wants
+        to be shown in between may wait until something else happens on the screen: openbox has read that wish while it
+        looked for something else, and sleeps until the server sends more.
+        """
         config = self.folder / "rc.xml"
         config.write_text(WINDOW_MANAGER)
-        manager = self.start("openbox", "--sm-disable", "--config-file", str(config))
-        while "window id #" not in self.properties("-root", "_NET_SUPPORTING_WM_CHECK"):
-            if manager.poll() is not None:
+        ready = self.folder / "window-manager-is-up"
+        self.manager = self.start("openbox", "--sm-disable", "--config-file", str(config),
+                                  "--startup", f"touch {shlex.quote(str(ready))}")
+
+        def is_up():
+            if self.manager.poll() is not None:
                 raise AssertionError(f"openbox did not start: {self.messages('openbox')}")
+            return ready.exists()
+        wait_until(is_up, "the window manager is up", pause=0.01)
 
     def messages(self, program):
         return (self.folder / (program + ".txt")).read_text(errors="replace")
@@ -173,6 +185,28 @@ class Desktop:
         """Left, right, top and bottom width of the frame that the window manager drew."""
         found = re.search(r"= (\d+), (\d+), (\d+), (\d+)", self.properties("-id", window, "_NET_FRAME_EXTENTS"))
         return tuple(map(int, found.groups())) if found else (0, 0, 0, 0)
+
+    def description(self):
+        """What runs here and what the server knows of the windows, for a test that failed."""
+        lines = []
+        for process in self.processes:
+            status = process.poll()
+            lines.append(f"{process.args[3]}: " + ("runs" if status is None else f"ended with {status}"))
+        # Those without a name are what the window manager draws.
+        for line in re.findall(r'0x[0-9a-f]+ ".*', self.told("xwininfo", "-root", "-tree")):
+            window = line.split()[0]
+            mapped = re.findall(r"Map State: \w+", self.told("xwininfo", "-stats", "-id", window))
+            lines += ["; ".join([line, *mapped]), self.told("xprop", "-id", window, "WM_STATE", "_NET_WM_STATE")]
+        lines.append(self.told("xprop", "-root", "_NET_SUPPORTING_WM_CHECK", "_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW"))
+        return "\n".join(lines)
+
+    def told(self, *command):
+        """What the command prints, whatever becomes of it: a server that is grabbed answers nobody."""
+        try:
+            return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT, text=True, timeout=20).stdout
+        except subprocess.TimeoutExpired:
+            return f"{command[0]} waited in vain for the server"
 
     def write_picture(self, path, left=0, top=0, width=None, height=None):
         """Writes what the screen shows there as a PNG file."""

@@ -158,10 +158,13 @@ class Window:
         def looked():
             result = condition()
             if not result and self.process.poll() is not None:
-                raise AssertionError(f"the program ended with {self.process.returncode} before {what}: "
-                                     f"{self.library.errors()}\n{self.library.log_tail()}")
+                raise AssertionError(f"the program ended with {self.process.returncode} before {what}")
             return result
-        return wait_until(looked, what, pause=options.pop("pause", 0.01), **options)
+        try:
+            return wait_until(looked, what, pause=options.pop("pause", 0.01), **options)
+        except AssertionError as error:
+            raise AssertionError(f"{error}\n{self.library.errors()}\n{self.library.log_tail()}\n"
+                                 f"{self.desktop.description()}") from None
 
     def find_controls(self):
         try:
@@ -263,18 +266,18 @@ class Window:
 
     def minimise(self):
         self.desktop.run("xdotool", "windowminimize", self.id)
-        wait_until(lambda: self.desktop.state(self.id) == "Iconic" and not self.visible()
-                   and self.desktop.active() != self.id, "the window is minimised")
+        self.wait(lambda: self.desktop.state(self.id) == "Iconic" and not self.visible()
+                  and self.desktop.active() != self.id, "the window is minimised")
 
     def restore(self):
         self.desktop.run("xdotool", "windowmap", self.id)
         self.activate()
-        wait_until(lambda: self.desktop.state(self.id) == "Normal", "the window is restored")
+        self.wait(lambda: self.desktop.state(self.id) == "Normal", "the window is restored")
 
     def activate(self):
         """Brings the window to the front and gives it the keys."""
         self.desktop.run("xdotool", "windowactivate", self.id)
-        wait_until(lambda: self.visible() and self.desktop.active() == self.id, "the window takes keys")
+        self.wait(lambda: self.visible() and self.desktop.active() == self.id, "the window takes keys")
 
 
 class WindowTest(harness.ServiceTest):
