@@ -1,10 +1,12 @@
-"""Sessions of the window: stops, minimising, ends, a supervisor, no display at all; between jobs and within them."""
+"""Sessions of the window: window managers that come late, stops, minimising, ends, a supervisor, no display at all;
+between jobs and within them.
+"""
 
 import signal
 
 import window_harness
 from harness import INDEXER, MASTER, SERVICE, stays_false
-from window_harness import CAPTION
+from window_harness import CAPTION, desktops
 
 TEXT = "The ferry waits for the tide.\n"
 POLL = "UI: Checking file index queue..."
@@ -25,6 +27,32 @@ class Session(window_harness.WindowTest):
         told = self.library.log().count("UI: " + FAILED)
         self.library.queue("")
         window.wait(lambda: self.library.log().count("UI: " + FAILED) > told, "the job has failed")
+
+    # At log-in, when all comes up at once
+
+    def assert_operated(self, window):
+        """The window answers to clicks where its controls are seen."""
+        window.click("cmdStartStop")
+        window.wait(lambda: window.caption("cmdStartStop") == "Start", "polling is stopped")
+
+    def test_a_window_that_came_before_the_window_manager_is_taken_over(self):
+        self.desktop = desktops.Desktop(self.folder / "bare", self.screen, window_manager=False)
+        self.addCleanup(self.desktop.close)
+        window = window_harness.Window(self.desktop, self.launch(), self.library)
+        window.wait(lambda: self.desktop.windows(CAPTION), "the window is shown without a window manager")
+        self.desktop.start_window_manager()
+        self.assert_operated(window.wait_until_shown())
+
+    def test_a_window_that_comes_while_the_window_manager_is_busy_is_shown_in_the_end(self):
+        manager = self.desktop.manager
+        self.addCleanup(manager.send_signal, signal.SIGCONT)
+        manager.send_signal(signal.SIGSTOP)
+        window = window_harness.Window(self.desktop, self.launch(), self.library)
+        self.library.wait_for_log("Interest: Indexer started.", window.process)
+        self.assertEqual(self.desktop.windows(CAPTION), [])
+        self.assertEqual(len(self.desktop.windows(CAPTION, only_visible=False)), 1)
+        manager.send_signal(signal.SIGCONT)
+        self.assert_operated(window.wait_until_shown())
 
     # Stop and start
 
