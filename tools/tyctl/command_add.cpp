@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 
 #include "base/text.h"
 #include "base/variant.h"
+#include "tyctl/arguments.h"
 #include "tyctl/commands.h"
 #include "tyctl/console.h"
 #include "tyctl/document_walker.h"
@@ -165,11 +167,14 @@ int add(const Options& options) {
 }  // namespace
 
 void addAddCommand(CLI::App& program, int& status) {
+    using Ids = std::numeric_limits<std::int32_t>;
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("add", "Queue documents for indexing");
     command->footer("Folders are taken with everything below them. The data type is the file's extension.");
     command->add_option("PATH", options->paths, "Files and folders")->required();
-    command->add_option("--user", options->user, "The user who owns the documents")->capture_default_str();
+    command->add_option("--user", options->user, "The user who owns the documents")
+        ->check(wholeNumber(Ids::min(), Ids::max()))
+        ->capture_default_str();
     command->add_flag("--dry-run", options->dryRun, "Only tell what would be queued");
     command->add_flag("--all", options->hiddenToo, "Also take files and folders that begin with a dot");
     command->add_flag("--new", options->newRecords,

@@ -9,6 +9,7 @@
 #include "infra/tysRegistry.h"
 #include "platform/sqlite/library_schema.h"
 #include "platform/sqlite/sqlite_engine.h"
+#include "tyctl/arguments.h"
 #include "tyctl/commands.h"
 #include "tyctl/console.h"
 #include "tyctl/failure.h"
@@ -107,9 +108,11 @@ int init(const Options& options) {
 void addInitCommand(CLI::App& program, int& status) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("init", "Make a library and the settings for it");
-    command->add_option("LIBRARY", options->library,
-                        "The library file (default: tessaly/library.db in the user's data folder)");
-    command->add_option("--log", options->log, "Let the service write a log to this file");
+    command
+        ->add_option("LIBRARY", options->library,
+                     "The library file (default: tessaly/library.db in the user's data folder)")
+        ->check(notEmpty());
+    command->add_option("--log", options->log, "Let the service write a log to this file")->check(notEmpty());
     command->add_flag("--keep", options->keep, "Use a library that exists and write only the settings");
     command->callback([options, &status] { status = init(*options); });
 }

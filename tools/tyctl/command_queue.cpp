@@ -1,9 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "tyctl/arguments.h"
 #include "tyctl/commands.h"
 #include "tyctl/console.h"
 #include "tyctl/failure.h"
@@ -88,7 +90,7 @@ void addQueueCommand(CLI::App& program, int& status) {
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("queue", "Show the documents that wait");
     command->add_option("--limit", options->limit, "Entries to show; 0 shows all")
-        ->check(CLI::NonNegativeNumber)
+        ->check(wholeNumber(0, std::numeric_limits<std::int32_t>::max()))
         ->capture_default_str();
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &status] { status = listQueue(*options); });

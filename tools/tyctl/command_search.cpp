@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "base/text.h"
+#include "tyctl/arguments.h"
 #include "tyctl/commands.h"
 #include "tyctl/console.h"
 #include "tyctl/document_search.h"
@@ -130,12 +132,17 @@ int search(const Options& options) {
 }  // namespace
 
 void addSearchCommand(CLI::App& program, int& status) {
+    using Numbers = std::numeric_limits<std::int32_t>;
     const auto options = std::make_shared<Options>();
     CLI::App* command = program.add_subcommand("search", "Find the documents that hold all of some words");
     command->footer("Ranked by hits; documents with as many hits by their present relevance value.");
     command->add_option("WORDS", options->words, "The words")->required();
-    command->add_option("--user", options->user, "Whose relevance values count")->capture_default_str();
-    command->add_option("--limit", options->limit, "Documents to show; 0 shows all")->capture_default_str();
+    command->add_option("--user", options->user, "Whose relevance values count")
+        ->check(wholeNumber(Numbers::min(), Numbers::max()))
+        ->capture_default_str();
+    command->add_option("--limit", options->limit, "Documents to show; 0 shows all")
+        ->check(wholeNumber(0, Numbers::max()))
+        ->capture_default_str();
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &status] { status = search(*options); });
 }

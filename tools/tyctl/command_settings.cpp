@@ -7,9 +7,11 @@
 
 #include "base/variant.h"
 #include "platform/posix/reg_format.h"
+#include "tyctl/arguments.h"
 #include "tyctl/commands.h"
 #include "tyctl/console.h"
 #include "tyctl/failure.h"
+#include "tyctl/known_settings.h"
 #include "tyctl/settings.h"
 
 namespace tyctl {
@@ -45,9 +47,26 @@ std::string nameOf(const SettingName& setting) {
     return shortKey(setting.key) + "\\" + setting.value;
 }
 
+/// The setting of a name on the command line. An empty one is most often a variable of a script that is not
+/// set; it would name the unnamed value of the service's key, or no key at all.
+SettingName named(const std::string& text) {
+    SettingName name = parseSettingName(text);
+    if (text.empty() || name.key.empty()) {
+        throw WrongUse("\"" + text +
+                       "\" names no setting; name it key\\value, such as Indexer\\PollInterval");
+    }
+    return name;
+}
+
+void refuse(const SettingName& name, const std::string& objection) {
+    if (!objection.empty()) {
+        throw WrongUse("\"" + nameOf(name) + "\" " + objection);
+    }
+}
+
 int get(const Options& options) {
     Settings settings;
-    const SettingName name = parseSettingName(options.name);
+    const SettingName name = named(options.name);
     const auto found = settings.find(name);
     if (!found) {
         throw Failure("there is no setting \"" + nameOf(name) + "\" in " + settings.path() +
@@ -72,14 +91,6 @@ bool readsAsNumber(const std::string& text, std::int32_t& number) {
     return value == static_cast<double>(number);
 }
 
-void requireWithinLimits(const SettingName& name, std::int32_t number) {
-    const auto limits = limitsOf(name);
-    if (limits && (number < limits->lowest || number > limits->highest)) {
-        throw Failure("\"" + nameOf(name) + "\" takes a whole number from " + std::to_string(limits->lowest) +
-                      " to " + std::to_string(limits->highest) + ", not " + std::to_string(number));
-    }
-}
-
 /// What was asked for; else what the service reads; else what is stored there already; else text.
 ValueType typeFor(const Options& options, const SettingName& name, Settings& settings) {
     if (options.number) {
@@ -102,20 +113,20 @@ ValueType typeFor(const Options& options, const SettingName& name, Settings& set
 
 int set(const Options& options) {
     Settings settings;
-    const SettingName name = parseSettingName(options.name);
+    const SettingName name = named(options.name);
     const ValueType type = typeFor(options, name, settings);
     std::int32_t number = 0;
     switch (type) {
         case ValueType::number:
             if (!readsAsNumber(options.value, number)) {
-                throw Failure("\"" + nameOf(name) + "\" takes a whole number of 32 bits, not \"" +
-                              options.value + "\"");
+                refuse(name, "takes a whole number of 32 bits, not \"" + options.value + "\"");
             }
-            requireWithinLimits(name, number);
+            refuse(name, objectionToNumber(name, number));
             settings.putNumber(name, number);
             return succeeded;
         case ValueType::text:
         case ValueType::expandableText:
+            refuse(name, objectionToText(name, options.value));
             settings.putText(name, options.value, type);
             return succeeded;
         default:
@@ -126,7 +137,7 @@ int set(const Options& options) {
 
 int remove(const Options& options) {
     Settings settings;
-    const SettingName name = parseSettingName(options.name);
+    const SettingName name = named(options.name);
     if (!settings.remove(name)) {
         throw Failure("there is no setting \"" + nameOf(name) + "\" in " + settings.path());
     }
@@ -235,10 +246,13 @@ void addSettingsCommand(CLI::App& program, int& status) {
 
     part = addPart(*settings, "export", "Print settings as .reg text", options, exportAll, status);
     part->add_option("KEY", options->name, "The key (default: all)");
-    part->add_option("-o,--output", options->file, "The file to write instead of standard output");
+    part->add_option("-o,--output", options->file, "The file to write instead of standard output")
+        ->check(notEmpty());
 
     part = addPart(*settings, "import", "Take settings from .reg text", options, importAll, status);
-    part->add_option("FILE", options->file, "The file to read; - is standard input")->required();
+    part->add_option("FILE", options->file, "The file to read; - is standard input")
+        ->required()
+        ->check(notEmpty());
 }
 
 }  // namespace tyctl

@@ -6,6 +6,7 @@
 
 #include "base/variant.h"
 #include "infra/tysRegistry.h"
+#include "tyctl/arguments.h"
 #include "tyctl/commands.h"
 #include "tyctl/failure.h"
 #include "tyctl/settings.h"
@@ -60,7 +61,8 @@ void addSuperviseCommand(CLI::App& program, int& status) {
                      "Seconds that the service may take to stop (default: DeadMansSwitchSeconds)")
         ->check(secondsBetween(0.1, 3600));
     command->add_option("COMMAND", options->command, "The service and its arguments, after \"--\"")
-        ->required();
+        ->required()
+        ->check(notEmpty().application_index(0));
     command->callback([options, &status] { status = supervise(*options); });
 }
 

@@ -45,6 +45,10 @@ DocumentWalker::DocumentWalker(bool hiddenToo, Found found, Trouble trouble)
     : hiddenToo_(hiddenToo), found_(std::move(found)), trouble_(std::move(trouble)) {}
 
 void DocumentWalker::walk(const fs::path& path) {
+    if (path.empty()) {
+        trouble_("an empty path names no file or folder; left out");
+        return;
+    }
     fs::path whole = fs::absolute(path).lexically_normal();
     if (!whole.has_filename() && whole.has_relative_path()) {
         whole = whole.parent_path();

@@ -1,14 +1,12 @@
 #include "tyctl/setting_paths.h"
 
-#include <array>
-
 #include "base/text.h"
 
 namespace tyctl {
 namespace {
 
 constexpr std::string_view productKey = R"(software\orlent corporation\tessaly)";
-constexpr std::string_view hive = R"(HKEY_CURRENT_USER\)";
+constexpr std::string_view hive = "HKEY_CURRENT_USER";
 
 bool startsWith(std::string_view text, std::string_view start) {
     return text.size() >= start.size() && base::equalsIgnoringCase(text.substr(0, start.size()), start);
@@ -38,7 +36,7 @@ std::string_view withoutOuterSeparators(std::string_view path) {
 std::string expandKey(std::string_view key) {
     const std::string separated = withBackslashes(key);
     std::string_view path = separated;
-    if (startsWith(path, hive)) {
+    if (liesAtOrBelow(path, hive)) {
         path.remove_prefix(hive.size());
     }
     path = withoutOuterSeparators(path);
@@ -68,40 +66,8 @@ SettingName parseSettingName(std::string_view name) {
     return {expandKey("service"), path};
 }
 
-std::optional<platform::ValueType> knownTypeOf(const SettingName& setting) {
-    constexpr std::array numbers{"StoreContext",           "LoggingOn",
-                                 "PollInterval",           "MaxDocsBeforeRestart",
-                                 "LogLevelCrashDetection", "LogLevelLogicPath",
-                                 "LogLevelErrorReport",    "LogLevelInterest",
-                                 "LogLevelUIOutput",       "DeadMansSwitchSeconds",
-                                 "IndexingQueueNumber",    "IndexEmailAttachments",
-                                 "PluginTimeoutSeconds",   "DocsIndexedSinceCompaction"};
-    constexpr std::array texts{"DataBasePath", "DataBaseSecurityFile", "Priority",   "LogFilePath",
-                               "LastTouch",    "IndexingKey",          "IndexPlugin"};
-    if (!liesAtOrBelow(setting.key, productKey)) {
-        return std::nullopt;
-    }
-    for (const std::string_view known : numbers) {
-        if (base::equalsIgnoringCase(setting.value, known)) {
-            return platform::ValueType::number;
-        }
-    }
-    for (const std::string_view known : texts) {
-        if (base::equalsIgnoringCase(setting.value, known)) {
-            return platform::ValueType::text;
-        }
-    }
-    return std::nullopt;
-}
-
-std::optional<Limits> limitsOf(const SettingName& setting) {
-    // The service takes an interval that its timer cannot wait for as one second, without a word.
-    constexpr Limits pollInterval{0, 65};
-    if (base::equalsIgnoringCase(setting.key, expandKey("Indexer")) &&
-        base::equalsIgnoringCase(setting.value, "PollInterval")) {
-        return pollInterval;
-    }
-    return std::nullopt;
+bool isProductKey(std::string_view key) {
+    return liesAtOrBelow(key, productKey);
 }
 
 std::string shortKey(std::string_view key) {

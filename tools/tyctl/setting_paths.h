@@ -1,12 +1,8 @@
-// How settings are named on the command line, and which kind each known one is of.
+// How settings are named on the command line.
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
-
-#include "platform/settings_store.h"
 
 namespace tyctl {
 
@@ -27,15 +23,8 @@ std::string expandKey(std::string_view key);
 /// without any names a value of the service's own key, except "Master", the key of the supervisor's mark.
 SettingName parseSettingName(std::string_view name);
 
-/// The kind of a setting that the service reads; nothing for an unknown one.
-std::optional<platform::ValueType> knownTypeOf(const SettingName& setting);
-
-/// What the service accepts of a number; nothing for settings that it takes as they are.
-struct Limits {
-    std::int32_t lowest;
-    std::int32_t highest;
-};
-std::optional<Limits> limitsOf(const SettingName& setting);
+/// Whether a full key path is the product's own key or lies below it.
+bool isProductKey(std::string_view key);
 
 /// The key's short form, as it can be typed; a key outside the product's is given back as it is.
 std::string shortKey(std::string_view key);

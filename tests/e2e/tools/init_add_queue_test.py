@@ -135,6 +135,12 @@ class AddTest(TyctlTest):
         self.assertIn("nothing to queue was found", self.tyctl("add", self.documents).stderr)
         self.assertEqual(self.tyctl("add", "--all", self.documents).stdout, "Queued 1 document\n")
 
+    def test_an_empty_path_is_told_and_the_rest_goes_on(self):
+        self.write("documents/a.txt")
+        failed = self.tyctl("add", "", self.documents, status=1)
+        self.assertEqual(failed.stderr, "tyctl: an empty path names no file or folder; left out\n")
+        self.assertEqual(failed.stdout, "Queued 1 document\n")
+
     def test_a_missing_path_is_told_and_the_rest_goes_on(self):
         file = self.write("documents/a.txt")
         failed = self.tyctl("add", self.folder / "missing", self.documents, status=1)

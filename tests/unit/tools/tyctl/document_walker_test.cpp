@@ -36,6 +36,12 @@ TEST_F(DocumentWalkerTest, FindsFilesBelowAFolderInTheOrderOfTheirNames) {
     EXPECT_THAT(troubles, IsEmpty());
 }
 
+TEST_F(DocumentWalkerTest, TellsOfAPathThatIsEmpty) {
+    walk("");
+    EXPECT_THAT(found, IsEmpty());
+    EXPECT_THAT(troubles, ElementsAre("an empty path names no file or folder; left out"));
+}
+
 TEST_F(DocumentWalkerTest, MakesPathsPlain) {
     const std::string file = folder.write("a/x.txt", "");
     walk(folder / "a/../a/./");

@@ -4,9 +4,7 @@
 
 namespace {
 
-using platform::ValueType;
 using tyctl::expandKey;
-using tyctl::knownTypeOf;
 using tyctl::parseSettingName;
 using tyctl::SettingName;
 using tyctl::shortKey;
@@ -30,6 +28,7 @@ TEST(ExpandKey, TakesFullPathsAsTheyAre) {
     EXPECT_EQ(expandKey(R"(HKEY_CURRENT_USER\software\other\)"), R"(software\other)");
     EXPECT_EQ(expandKey(R"(services\x)"), R"(services\x)");
     EXPECT_EQ(expandKey(""), "");
+    EXPECT_EQ(expandKey("HKEY_CURRENT_USER"), "");
 }
 
 TEST(ExpandKey, TakesSlashesForSeparators) {
@@ -52,16 +51,6 @@ TEST(ParseSettingName, TakesAnEndingSeparatorForTheUnnamedValue) {
     const SettingName mark{R"(software\orlent corporation\tessaly\service\Master)", ""};
     EXPECT_EQ(parseSettingName(R"(service\Master\)"), mark);
     EXPECT_EQ(parseSettingName("Master"), mark);
-}
-
-TEST(KnownTypeOf, TellsNumbersFromTexts) {
-    EXPECT_EQ(knownTypeOf(parseSettingName(R"(Indexer\pollinterval)")), ValueType::number);
-    EXPECT_EQ(knownTypeOf(parseSettingName(R"(DataTypes\txt\IndexPlugin)")), ValueType::text);
-    EXPECT_EQ(knownTypeOf(parseSettingName(R"(Indexer\Something)")), std::nullopt);
-}
-
-TEST(KnownTypeOf, KnowsNothingOutsideTheProduct) {
-    EXPECT_EQ(knownTypeOf(parseSettingName(R"(software\other\PollInterval)")), std::nullopt);
 }
 
 TEST(ShortKey, ReadsBackAsTheSameKey) {
