@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -26,11 +27,35 @@ namespace app {
 
 namespace {
 
+/// On one line, and without what a terminal would take for an order: a path may hold any character.
 void printError(const Program& program, std::string_view text) {
     std::string line(text);
     std::replace_if(
-        line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+        line.begin(), line.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7f'; }, ' ');
     std::cerr << program.name << ": " << line << std::endl;
+}
+
+/// Why the settings name no library; empty when they do. The service itself takes settings that it cannot
+/// read for missing ones, and its message then names an empty path.
+std::string troubleWith(platform::posix::SettingsFile& settings) {
+    using platform::SettingsStatus;
+    platform::KeyHandle key{};
+    platform::ValueType type{};
+    std::uint32_t size = 0;
+    SettingsStatus status = settings.openKey(platform::RootKey::currentUser, infra::serviceKey, key);
+    if (status == SettingsStatus::success) {
+        status = settings.queryValue(key, "DataBasePath", type, nullptr, size);
+        settings.closeKey(key);
+    }
+    const bool isText = type == platform::ValueType::text || type == platform::ValueType::expandableText;
+    if (status == SettingsStatus::success && isText && size > 0) {
+        return {};
+    }
+    std::string trouble = "The settings in " + platform::posix::settingsPath();
+    if (status == SettingsStatus::success || status == SettingsStatus::notFound) {
+        return trouble + " name no library: set DataBasePath, or make a library with tyctl init";
+    }
+    return trouble + " cannot be used: " + platform::posix::describe(status);
 }
 
 /// The service with everything that it runs on.
@@ -53,6 +78,12 @@ class Service {
             platform::RootKey::currentUser, infra::indexerKey, "PluginTimeoutSeconds", 0));
     }
 
+    void tellTroubleWithSettings() {
+        if (const std::string trouble = troubleWith(settings_); !trouble.empty()) {
+            printError(program_, trouble);
+        }
+    }
+
     const Program& program_;
     ServiceOptions options_;
     // Without a display for the window, nothing else is touched.
@@ -61,7 +92,10 @@ class Service {
     StatementTrace trace_{options_.traceFile, [this](std::string_view text) { printError(program_, text); }};
     platform::posix::SettingsFile settings_{platform::posix::settingsPath()};
     /// The end without clean-up would leave behind what plug-ins have started.
-    platform::posix::PosixProcess process_{[this] { plugins_.killProcesses(); }};
+    platform::posix::PosixProcess process_{[this] {
+        plugins_.killProcesses();
+        tellTroubleWithSettings();
+    }};
     platform::posix::PosixFiles files_;
     platform::posix::NoDrives drives_;
     platform::posix::SystemClock clock_;

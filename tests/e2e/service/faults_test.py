@@ -15,9 +15,9 @@ def cannot_connect(path):
 
 
 class Faults(harness.ServiceTest):
-    def assert_refused(self, process, path):
+    def assert_refused(self, process, path, *further):
         self.library.finish(process, expect=1)
-        self.assertEqual(normal_lines(self.library.errors()), normal_lines(cannot_connect(path)))
+        self.assertEqual(normal_lines(self.library.errors()), "\n".join([normal_lines(cannot_connect(path)), *further]))
 
     def files(self):
         """The files in the library's folder but those of log and settings."""
@@ -116,18 +116,27 @@ class Faults(harness.ServiceTest):
         self.assertEqual(library.errors(), "")
         self.assert_sound()
 
-    def test_settings_that_are_missing_out_of_reach_or_damaged_give_defaults_in_silence(self):
+    def test_settings_that_are_missing_out_of_reach_or_damaged_give_defaults_and_are_named_at_the_end(self):
         library = self.library
         settings = library.settings
         regular = library.folder / "regular"
         regular.write_text("A regular file.\n")
         damaged = library.folder / "damaged.db"
         damaged.write_bytes(b"These are no settings.\n" * 300)
-        for path in (library.folder / "missing.db", regular / "settings.db", damaged):
+        folder = library.folder / "folder.db"
+        folder.mkdir()
+        missing = "name no library: set DataBasePath, or make a library with tyctl init"
+        for path, trouble in (
+                (library.folder / "missing.db", missing), (regular / "settings.db", missing),
+                (library.folder / "odd\n\x1bname.db", missing),
+                (folder, "cannot be used: the settings file cannot be read or written here"),
+                (damaged, "cannot be used: the settings file is damaged or is no settings file; put a backup in its "
+                          "place or delete it")):
             with self.subTest(path.name):
                 library.settings = path
                 library.errors_path.unlink(missing_ok=True)
-                self.assert_refused(library.start(until_idle=True), "")
+                printed = str(path).replace("\n\x1b", "  ")
+                self.assert_refused(library.start(until_idle=True), "", f"tyindexerd: The settings in {printed} {trouble}")
                 self.assertEqual(library.log_text(), "")
         library.settings = settings
         self.assertEqual(regular.read_text(), "A regular file.\n")
