@@ -64,6 +64,8 @@ void tysSupport::WriteLog(std::string_view message, LogLevel level) {
         if (logFilePath_.empty() && !readLogFilePath()) {
             return;
         }
+        // The message goes out as it is, line breaks in the name of a file included: readers of the log look
+        // for the messages as they are told, and know a line by the time at its beginning.
         std::string line = clock_.now().longText();
         line.append(": ").append(prefix).append(message).append("\r\n");
         files_.append(logFilePath_, line);

@@ -51,6 +51,14 @@ TEST_F(WriteLog, AppendsALineWithTimeAndLevel) {
               "05 Mar 2002 14:07:10: Interest: größer\r\n");
 }
 
+TEST_F(WriteLog, WritesAMessageWithLineBreaksAsItIs) {
+    services.support.WriteLog("Indexer::IndexDocument - Starting: /docs/two\r\nlines\x1b.txt",
+                              LogLevel::interest);
+    EXPECT_EQ(
+        log(),
+        "05 Mar 2002 14:07:09: Interest: Indexer::IndexDocument - Starting: /docs/two\r\nlines\x1b.txt\r\n");
+}
+
 TEST_F(WriteLog, PutsThePrefixOfEachLevelBeforeTheMessage) {
     setAllLevels(1);
     writeOneOfEach();
