@@ -41,9 +41,15 @@ class KeyedCollection {
             items_.size() >= HashIndex::none) {
             throw RuntimeError(ErrorNumber::overflow, "Overflow");
         }
+        // Room first: where there is no memory for it, the collection stays as it was.
         items_.reserve(roomFor(items_));
         keys_.append(key);
-        index_.insert(hash, static_cast<std::uint32_t>(items_.size()));
+        try {
+            index_.insert(hash, static_cast<std::uint32_t>(items_.size()));
+        } catch (...) {
+            keys_.resize(keys_.size() - key.size());
+            throw;
+        }
         items_.push_back({std::move(value), static_cast<std::uint32_t>(keys_.size())});
     }
     [[nodiscard]] Value* find(std::string_view key, std::uint64_t hash) {

@@ -38,9 +38,17 @@ void WordCollection::add(const WordIndexEntry& entry, const WordKey& key) {
     }
     const auto number = static_cast<std::uint32_t>(items_.size());
     const auto wordEnd = static_cast<std::uint32_t>(words_.size() + key.word.size());
+    // Where there is no memory for one of them, the collection stays as it was: a word of which only a half
+    // is there would shift those that follow.
     items_.push_back({entry, key.section, wordEnd});
-    words_.append(key.word);
-    index_.insert(hashOf(key), number);
+    try {
+        words_.append(key.word);
+        index_.insert(hashOf(key), number);
+    } catch (...) {
+        words_.resize(wordEnd - key.word.size());  // as it was, whether or not the word had been appended
+        items_.pop_back();
+        throw;
+    }
 }
 
 std::string WordCollection::keyAt(std::size_t position) const {

@@ -3,20 +3,25 @@
 #include <cstdlib>
 #include <new>
 
+#include "base/keyed_collection.h"
+#include "base/text.h"
+#include "indexer/WordCollection.h"
 #include "unit/indexer/indexer_fixture.h"
 
 namespace {
 std::size_t allocations = 0;
-}
+std::size_t refused = 0;  // the number of the allocation that there is no memory for
+}  // namespace
 
 // Every `new` of the program comes through here. A compiler that sees into one half of the pair alone takes
 // the other for the system's own, and warns.
 void* operator new(std::size_t size) {
     ++allocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
+    void* memory = allocations == refused ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    return memory;
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
@@ -69,6 +74,77 @@ TEST_F(Allocations, AWordThatIsKnownTakesNone) {
     }
     EXPECT_EQ(allocations - before, 0U);
     EXPECT_EQ(indexer.pendingWords().count(), words.size());
+}
+
+/// Adds with no memory for the first, the second, ... allocation of the adding until it needs no more of
+/// them.
+template <class Add, class Check>
+void addForLackOfMemory(Add add, Check checkIsAsBefore) {
+    for (std::size_t nth = 1;; ++nth) {
+        refused = allocations + nth;
+        try {
+            add();
+            refused = 0;
+            return;
+        } catch (const std::bad_alloc&) {
+            refused = 0;
+            checkIsAsBefore();
+        }
+    }
+}
+
+/// Long enough that most do not fit into a text without an allocation.
+std::string wordNumber(int number) {
+    return "internationalisation" + std::to_string(number);
+}
+
+constexpr int manyWords = 300;
+
+TEST(LackOfMemory, LeavesACollectionOfKeysAsItWas) {
+    base::KeyedCollection<std::int32_t> collection;
+    std::size_t failures = 0;
+    for (int i = 0; i < manyWords; ++i) {
+        const std::string word = wordNumber(i);
+        addForLackOfMemory([&] { collection.add(i, word); },
+                           [&] {
+                               ++failures;
+                               EXPECT_EQ(collection.count(), static_cast<std::size_t>(i));
+                               EXPECT_EQ(collection.find(word), nullptr);
+                           });
+    }
+    EXPECT_GT(failures, 10U);
+    for (int i = 0; i < manyWords; ++i) {
+        ASSERT_NE(collection.find(wordNumber(i)), nullptr) << i;
+        EXPECT_EQ(*collection.find(wordNumber(i)), i);
+        EXPECT_EQ(collection.keyAt(static_cast<std::size_t>(i) + 1), wordNumber(i));
+    }
+}
+
+TEST(LackOfMemory, LeavesTheWordsOfADocumentAsTheyWere) {
+    indexer::WordCollection words;
+    std::size_t failures = 0;
+    const std::uint32_t section = words.sectionOf(bodyComponent, "normal");
+    const auto keyOf = [section](const std::string& word) {
+        return indexer::WordKey{section, word, base::hashIgnoringCase(word)};
+    };
+    for (int i = 0; i < manyWords; ++i) {
+        const std::string word = wordNumber(i);
+        indexer::WordIndexEntry entry{};
+        entry.idRootWord = i;
+        addForLackOfMemory([&] { words.add(entry, keyOf(word)); },
+                           [&] {
+                               ++failures;
+                               EXPECT_EQ(words.count(), static_cast<std::size_t>(i));
+                               EXPECT_EQ(words.find(keyOf(word)), nullptr);
+                           });
+    }
+    EXPECT_GT(failures, 10U);
+    for (int i = 0; i < manyWords; ++i) {
+        const std::string word = wordNumber(i);
+        ASSERT_NE(words.find(keyOf(word)), nullptr) << i;
+        EXPECT_EQ(words.find(keyOf(word))->idRootWord, i);
+        EXPECT_EQ(words.keyAt(static_cast<std::size_t>(i) + 1), "key_2_normal_" + word);
+    }
 }
 
 TEST_F(Allocations, LongSentencesTakeAsManyAsShortOnes) {
