@@ -22,16 +22,21 @@ constexpr std::size_t mostKept = 8192;
 // Words that one statement writes.
 constexpr std::size_t rowsAtOnce = 16;
 
-// A trigger or a unique index may refuse a word or do something else with it: then each is written at once,
-// so that its own insert tells. So it is when the keys do not come from sqlite_sequence.
+// A trigger, a unique index, a check or a further column that must not be null may refuse a word or do
+// something else with it: then each is written at once, so that its own insert tells. So it is when the keys
+// do not come from sqlite_sequence.
 constexpr std::string_view askTables =
     "SELECT (SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = 'root_word' COLLATE NOCASE "
     "AND sql "
-    "LIKE '%AUTOINCREMENT%') AS tables, (SELECT count(*) FROM sqlite_schema WHERE type = 'trigger' AND "
+    "LIKE '%AUTOINCREMENT%' AND sql NOT LIKE '%CHECK%') AS tables, (SELECT count(*) FROM sqlite_schema WHERE "
+    "type = 'trigger' AND "
     "tbl_name = "
     "'root_word' COLLATE NOCASE AND name NOT IN ('root_word_added', 'root_word_renumbered')) AS triggers, "
     "(SELECT "
-    "count(*) FROM pragma_index_list('root_word') WHERE [unique] <> 0) AS refusing";
+    "count(*) FROM pragma_index_list('root_word') WHERE [unique] <> 0) + (SELECT count(*) FROM "
+    "pragma_table_info('root_word') WHERE [notnull] <> 0 AND dflt_value IS NULL AND name NOT IN ('id', "
+    "'word')) "
+    "AS refusing";
 
 std::string_view wordOf(std::string_view statement) {
     if (!statement.starts_with(insertHead) || !statement.ends_with(insertTail) ||

@@ -172,6 +172,30 @@ TEST_F(NewRootWordsTest, AreWrittenOneByOneWhereAWordMayStandOnlyOnce) {
     EXPECT_FALSE(errorOf([this] { add("river"); }).empty());
 }
 
+TEST_F(NewRootWordsTest, AreWrittenOneByOneWhereAnotherProgramChecksThem) {
+    exec(
+        "ALTER TABLE root_word ADD COLUMN language TEXT DEFAULT 'en' CHECK (length(language) = 2 AND "
+        "length(word) < 6)");
+    EXPECT_EQ(add("river"), 1);
+    EXPECT_EQ(seen(), Seen{"1 river"});
+    EXPECT_NE(errorOf([this] { add("lantern"); }).find("CHECK"), std::string::npos);
+    EXPECT_EQ(add("boat"), 2);
+    EXPECT_EQ(seen(), (Seen{"1 river", "2 boat"}));
+}
+
+TEST_F(NewRootWordsTest, AreRefusedAtOnceWhereAFurtherColumnMustNotBeNull) {
+    exec("DROP TABLE root_word");
+    exec("CREATE TABLE root_word (id INTEGER PRIMARY KEY AUTOINCREMENT, word TEXT, language TEXT NOT NULL)");
+    EXPECT_NE(errorOf([this] { add("river"); }).find("NOT NULL"), std::string::npos);
+    exec("DROP TABLE root_word");
+    exec(
+        "CREATE TABLE root_word (id INTEGER PRIMARY KEY AUTOINCREMENT, word TEXT NOT NULL, language TEXT NOT "
+        "NULL DEFAULT 'en')");
+    connection_.reset();
+    EXPECT_EQ(add("river"), 1);
+    EXPECT_EQ(seen(), Seen{});
+}
+
 TEST_F(NewRootWordsTest, AreKeptWhenTheirWritingFailsAndWrittenOnceItSucceeds) {
     add("river");
     exec("CREATE TRIGGER refuse BEFORE INSERT ON root_word BEGIN SELECT RAISE(ABORT, 'refused'); END");
