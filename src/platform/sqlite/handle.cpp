@@ -78,11 +78,12 @@ Handle::~Handle() {
     }
 }
 
-/// Words that could not be written before: whoever locked the library may be gone by now. They belong to the
-/// file that is open here, wherever it lies now, unless somebody has written over it.
+/// Words that could not be written before: whoever locked the library may be gone by now, and a read that
+/// failed may succeed. They belong to the file that is open here, wherever it lies now, unless somebody has
+/// written over it.
 void Handle::writeNewRootWords() noexcept {
     try {
-        if (!isDamaged_ && newRootWords_.isInUse()) {
+        if (fault_ != FileFault::damaged && newRootWords_.isInUse()) {
             static_cast<void>(file_.checkContent(database_.get()));
             newRootWords_.write();
             sqlite3_busy_timeout(database_.get(), 0);  // nobody waits for keys that are never given
@@ -95,10 +96,10 @@ void Handle::writeNewRootWords() noexcept {
 
 bool Handle::isSound() noexcept {
     try {
-        if (!isDamaged_) {
+        if (fault_ == FileFault::none) {
             checkFile();
         }
-        return !isDamaged_;
+        return fault_ == FileFault::none;
     } catch (const std::exception&) {
         return false;
     }
@@ -178,7 +179,7 @@ Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts te
         shape.idle.pop_back();
     }
     ++shape.inUse;
-    Statement statement(database_.get(), shape, prepared, isDamaged_);
+    Statement statement(database_.get(), shape, prepared, fault_);
     statement.bind(lexed_, identity, texts, text);
     return statement;
 }

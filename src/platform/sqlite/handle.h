@@ -45,8 +45,8 @@ class Handle {
     /// forgotten. Raises a RuntimeError when the file can no longer be used.
     void refresh();
 
-    /// False when the file is no longer what was opened, or a statement has found it damaged. Such a handle
-    /// must not be kept.
+    /// False when the file is no longer what was opened, or a statement could not read it or has found it
+    /// damaged. Such a handle must not be kept.
     [[nodiscard]] bool isSound() noexcept;
 
     /// A statement ready to run.
@@ -99,7 +99,7 @@ class Handle {
     PreparedShape* lastShape_ = nullptr;  // of the statement that was read last
     NewRootWords newRootWords_{*this};
     std::int64_t schemaVersion_ = 0;
-    bool isDamaged_ = false;
+    FileFault fault_ = FileFault::none;
 };
 
 }  // namespace platform::sqlite

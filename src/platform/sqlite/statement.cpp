@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -102,17 +103,20 @@ bool isOfType(const base::Variant& stored, jet::ColumnType type) {
 }
 
 /// A write that the system refused, for a quota or a limit, leaves the file as it was.
-bool tellsOfDamage(int code) {
+FileFault faultBehind(int code) {
     switch (code) {
         case SQLITE_IOERR_WRITE:
         case SQLITE_IOERR_FSYNC:
         case SQLITE_IOERR_TRUNCATE:
-            return false;
+            return FileFault::none;
         default:
             break;
     }
     const int kind = code & 0xFF;
-    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_IOERR;
+    if (kind == SQLITE_IOERR) {
+        return FileFault::unread;
+    }
+    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB ? FileFault::damaged : FileFault::none;
 }
 
 }  // namespace
@@ -121,7 +125,7 @@ Statement::Statement(Statement&& other) noexcept
     : database_(other.database_),
       shape_(other.shape_),
       prepared_(std::exchange(other.prepared_, nullptr)),
-      isDamaged_(other.isDamaged_) {}
+      fault_(other.fault_) {}
 
 Statement& Statement::operator=(Statement&& other) noexcept {
     if (this != &other) {
@@ -129,7 +133,7 @@ Statement& Statement::operator=(Statement&& other) noexcept {
         database_ = other.database_;
         shape_ = other.shape_;
         prepared_ = std::exchange(other.prepared_, nullptr);
-        isDamaged_ = other.isDamaged_;
+        fault_ = other.fault_;
     }
     return *this;
 }
@@ -163,7 +167,7 @@ void Statement::bind(const jet::LexedStatement& lexed, std::int32_t identity, Te
 bool Statement::step(std::string_view text) {
     const int code = sqlite3_step(prepared_);
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
-        *isDamaged_ = *isDamaged_ || tellsOfDamage(sqlite3_extended_errcode(database_));
+        *fault_ = std::max(*fault_, faultBehind(sqlite3_extended_errcode(database_)));
         raiseError(database_, code, "Running a statement", text);
     }
     return code == SQLITE_ROW;

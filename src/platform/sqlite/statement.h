@@ -35,14 +35,17 @@ struct PreparedShape {
     int columnsOfReprepare = -1;                   // how often the statement had been prepared anew then
 };
 
+/// What the runs have shown of the file. A read that failed may succeed the next time.
+enum class FileFault { none, unread, damaged };
+
 /// Whether bound texts stay alive while the statement is in use.
 enum class Texts { stay, vanish };
 
 class Statement {
   public:
-    /// `isDamaged` becomes true when a run finds the file damaged.
-    Statement(sqlite3* database, PreparedShape& shape, sqlite3_stmt* prepared, bool& isDamaged)
-        : database_(database), shape_(&shape), prepared_(prepared), isDamaged_(&isDamaged) {}
+    /// `fault` becomes worse when a run cannot read the file or finds it damaged.
+    Statement(sqlite3* database, PreparedShape& shape, sqlite3_stmt* prepared, FileFault& fault)
+        : database_(database), shape_(&shape), prepared_(prepared), fault_(&fault) {}
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
     Statement(Statement&& other) noexcept;
@@ -75,7 +78,7 @@ class Statement {
     sqlite3* database_;
     PreparedShape* shape_;
     sqlite3_stmt* prepared_;
-    bool* isDamaged_;
+    FileFault* fault_;
 };
 
 }  // namespace platform::sqlite

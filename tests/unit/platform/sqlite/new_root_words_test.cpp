@@ -1,7 +1,11 @@
 // Root words are kept back until the library is written or read anyway. Nobody may notice but by the speed.
+#include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <array>
+#include <cerrno>
 #include <csignal>
 
 #include <filesystem>
@@ -251,6 +255,58 @@ TEST_F(NewRootWordsTest, OutliveAConnectionWhoseWritesTheSystemRefused) {
                          connection().commitTrans();
                      }).empty());
         connection_.reset();
+    }
+    EXPECT_EQ(texts("SELECT word FROM root_word", "word"), Seen{"river"});
+}
+
+/// While it lives, one read of a whole page from any file fails, and no other.
+class OneFailingRead {
+  public:
+    OneFailingRead() {
+        left_ = 1;
+        for (const char* name : names) {
+            vfs()->xSetSystemCall(vfs(), name, reinterpret_cast<sqlite3_syscall_ptr>(&read));
+        }
+    }
+    OneFailingRead(const OneFailingRead&) = delete;
+    OneFailingRead& operator=(const OneFailingRead&) = delete;
+    ~OneFailingRead() {
+        for (const char* name : names) {
+            vfs()->xSetSystemCall(vfs(), name, nullptr);
+        }
+    }
+    [[nodiscard]] static bool hasFailed() { return left_ == 0; }
+
+  private:
+    static constexpr std::array names{"pread", "pread64"};
+
+    static sqlite3_vfs* vfs() { return sqlite3_vfs_find(nullptr); }
+
+    static ssize_t read(int file, void* room, std::size_t size, off_t offset) {
+        constexpr std::size_t headerSize = 100;
+        if (size > headerSize && left_ > 0) {
+            --left_;
+            errno = ETIMEDOUT;  // as of a network file system; SQLite takes EIO for damage
+            return -1;
+        }
+        return ::pread(file, room, size, offset);
+    }
+
+    static inline int left_ = 0;
+};
+
+TEST_F(NewRootWordsTest, AreWrittenWhenTheHandleIsGivenUpAfterAReadThatFailed) {
+    add("river");
+    platform::SqliteEngine other{{std::chrono::milliseconds(50), 2048}};
+    const auto holder = other.open({path(), {}, {}, {}});
+    holder->beginTrans();
+    connection_.reset();                                       // the word stays with the handle
+    holder->execute("INSERT INTO prv (last_prv) VALUES (1)");  // what the handle has read is out of date
+    holder->commitTrans();
+    {
+        const OneFailingRead failing;
+        static_cast<void>(connection());
+        EXPECT_TRUE(failing.hasFailed());
     }
     EXPECT_EQ(texts("SELECT word FROM root_word", "word"), Seen{"river"});
 }
