@@ -195,13 +195,16 @@ class Win32Driver final : public WindowDriver {
 
   private:
     void order(WPARAM what) { PostMessageW(form().handle(), WM_SYSCOMMAND, what, 0); }
-    static void pressMouse(std::string_view name, UINT press = WM_LBUTTONDOWN) {
-        const HWND window = windowNamed(name);
-        PostMessageW(window, press, MK_LBUTTON, MAKELPARAM(5, 5));
-        PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    /// Pressed and released in one piece: when another program comes to the front in between, the button
+    /// gives the mouse up and is not clicked, as on every desktop.
+    void pressMouse(std::string_view name, UINT press = WM_LBUTTONDOWN) {
+        errands_.post([window = windowNamed(name), press] {
+            SendMessageW(window, press, MK_LBUTTON, MAKELPARAM(5, 5));
+            SendMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+        });
     }
     /// The system itself makes a double click of the second press, in a window of a class that asks for it.
-    static void pressMouseTwice(std::string_view name) {
+    void pressMouseTwice(std::string_view name) {
         const bool knowsDoubleClicks = (GetClassLongPtrW(windowNamed(name), GCL_STYLE) & CS_DBLCLKS) != 0;
         pressMouse(name);
         pressMouse(name, knowsDoubleClicks ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN);

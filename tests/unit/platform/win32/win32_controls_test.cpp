@@ -108,6 +108,20 @@ TEST_F(Win32Controls, TheMouseClicksAButton) {
     EXPECT_EQ(seen, Seen{"exit"});
 }
 
+TEST_F(Win32Controls, AClickIsCalledOffWhenTheFocusIsLostBeforeTheRelease) {
+    exit.onClick(note("exit"));
+    post("cmdExit", WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    toolkit.processEvents();
+    SetFocus(nullptr);  // as when another program comes to the front
+    post("cmdExit", WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    toolkit.processEvents();
+    EXPECT_TRUE(seen.empty());
+    post("cmdExit", WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    post("cmdExit", WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+    toolkit.processEvents();
+    EXPECT_EQ(seen, Seen{"exit"});
+}
+
 TEST_F(Win32Controls, TheSpaceBarPressesACheckBox) {
     SetFocus(windowNamed("chkLogit"));
     pressKey(windowNamed("chkLogit"), VK_SPACE);
