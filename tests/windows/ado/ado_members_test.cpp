@@ -137,7 +137,49 @@ TEST_F(AdoMembers, AskForAFieldOncePerRecordset) {
     EXPECT_EQ(rows->field("word").toText(), "b");
     EXPECT_EQ(library_->takeRecord(),
               (Record{{"Connection.Execute", "BSTR SELECT word FROM root_word", "-", "I4 -1"},
-                      {"Fields.Item", "BSTR word"}}));
+                      {"Recordset.Fields"},
+                      {"Fields.Item", "BSTR word"},
+                      {"Fields(word).Value"},
+                      {"Recordset.MoveNext"},
+                      {"Fields(word).Value"}}));
+}
+
+TEST_F(AdoMembers, WalkOverRowsToTheEnd) {
+    const auto connection = connect();
+    connection->execute("INSERT INTO root_word ( word ) VALUES( 'a')");
+    library_->takeRecord();
+    auto rows = library_->engine().createRecordset();
+    rows->open("SELECT id, word FROM root_word", *connection, CursorType::forwardOnly, LockType::readOnly);
+    for (; !rows->eof(); rows->moveNext()) {
+        static_cast<void>(rows->field("id"));
+        static_cast<void>(rows->field("word"));
+        static_cast<void>(rows->field("id"));
+    }
+    rows->close();
+    EXPECT_EQ(library_->takeRecord(), (Record{{"Recordset.Open", "BSTR SELECT id, word FROM root_word",
+                                               "DISPATCH", "I4 0", "I4 1", "I4 -1"},
+                                              {"Recordset.EOF"},
+                                              {"Recordset.Fields"},
+                                              {"Fields.Item", "BSTR id"},
+                                              {"Fields(id).Value"},
+                                              {"Recordset.Fields"},
+                                              {"Fields.Item", "BSTR word"},
+                                              {"Fields(word).Value"},
+                                              {"Fields(id).Value"},
+                                              {"Recordset.MoveNext"},
+                                              {"Recordset.EOF"},
+                                              {"Recordset.Close"}}));
+}
+
+/// The record leaves nothing out: what the service never reads is in it too when it is read.
+TEST_F(AdoMembers, AreRecordedWhenTheServiceHasNoUseForThem) {
+    using platform::windows::Dispatch;
+    Dispatch connection = Dispatch::create("ADODB.Connection");
+    static_cast<void>(connection.get("State"));
+    static_cast<void>(connection.get("Provider"));
+    static_cast<void>(Dispatch::create("ADODB.Recordset").get("State"));
+    EXPECT_EQ(library_->takeRecord(),
+              (Record{{"Connection.State"}, {"Connection.Provider"}, {"Recordset.State"}}));
 }
 
 TEST_F(AdoMembers, TellEveryStatementToTheTraceBeforeItRuns) {

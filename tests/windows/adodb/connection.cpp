@@ -4,7 +4,6 @@
 
 #include "platform/sqlite/sqlite_engine.h"
 #include "windows/adodb/ado_errors.h"
-#include "windows/adodb/recorder.h"
 #include "windows/adodb/recordset.h"
 
 namespace stand_in {
@@ -29,10 +28,9 @@ platform::Connection& Session::requireOpen() {
     return *open;
 }
 
-Property::Property(std::shared_ptr<Session> session, std::wstring name) {
+Property::Property(std::shared_ptr<Session> session, std::wstring name) : RecordedObject(L"Property") {
     readable(L"Value", {}, [session, name](Call& call) { call.give(session->properties.at(name)); });
     writable(L"Value", VT_BSTR, [session, name](Call& call) {
-        record("Property.Value=", call.arguments);
         if (session->open != nullptr) {
             throw objectOpen();
         }
@@ -40,9 +38,8 @@ Property::Property(std::shared_ptr<Session> session, std::wstring name) {
     });
 }
 
-Properties::Properties(std::shared_ptr<Session> session) {
+Properties::Properties(std::shared_ptr<Session> session) : RecordedObject(L"Properties") {
     readable(L"Item", {{VT_BSTR}}, [session = std::move(session)](Call& call) {
-        record("Properties.Item", call.arguments);
         if (!session->properties.contains(call.text(0))) {
             throw itemNotFound();
         }
@@ -50,10 +47,9 @@ Properties::Properties(std::shared_ptr<Session> session) {
     });
 }
 
-Connection::Connection() : session_(std::make_shared<Session>()) {
+Connection::Connection() : RecordedObject(L"Connection"), session_(std::make_shared<Session>()) {
     readable(L"Provider", {}, [this](Call& call) { call.give(session_->provider); });
     writable(L"Provider", VT_BSTR, [this](Call& call) {
-        record("Connection.Provider=", call.arguments);
         if (session_->open != nullptr) {
             throw objectOpen();
         }
@@ -64,19 +60,14 @@ Connection::Connection() : session_(std::make_shared<Session>()) {
         // The provider brings its properties along.
         session_->properties = {{L"Data Source", L""}, {L"Jet OLEDB:System database", L""}};
     });
-    readable(L"Properties", {}, [this](Call& call) {
-        record("Connection.Properties", call.arguments);
-        call.give(static_cast<IDispatch*>(new Properties(session_)));
-    });
+    readable(L"Properties", {},
+             [this](Call& call) { call.give(static_cast<IDispatch*>(new Properties(session_))); });
     readable(L"State", {}, [this](Call& call) { call.give(LONG{session_->open == nullptr ? 0 : 1}); });
     method(L"Open", {{VT_BSTR, true}, {VT_BSTR, true}, {VT_BSTR, true}, {VT_I4, true}},
            [this](Call& call) { open(call); });
     method(L"Execute", {{VT_BSTR}, {VT_BYREF | VT_VARIANT, true}, {VT_I4, true}},
            [this](Call& call) { execute(call); });
-    method(L"Close", {}, [this](Call& call) {
-        record("Connection.Close", call.arguments);
-        close();
-    });
+    method(L"Close", {}, [this](Call&) { close(); });
     transactions();
 }
 
@@ -85,7 +76,6 @@ Connection::~Connection() {
 }
 
 void Connection::open(Call& call) {
-    record("Connection.Open", call.arguments);
     if (session_->open != nullptr) {
         throw objectOpen();
     }
@@ -103,7 +93,6 @@ void Connection::open(Call& call) {
 }
 
 void Connection::execute(Call& call) {
-    record("Connection.Execute", call.arguments);
     platform::Connection& connection = session_->requireOpen();
     const std::string statement = com_server::utf8(call.text(0));
     const bool isQuery = ::_strnicmp(statement.c_str(), "SELECT", 6) == 0;
@@ -130,14 +119,12 @@ void Connection::close() {
 
 void Connection::transactions() {
     method(L"BeginTrans", {}, [this](Call& call) {
-        record("Connection.BeginTrans", call.arguments);
         asProvider([this] { session_->requireOpen().beginTrans(); });
         session_->inTransaction = true;
         call.give(LONG{1});
     });
-    const auto end = [this](const wchar_t* name, const char* recorded, void (platform::Connection::*work)()) {
-        method(name, {}, [this, recorded, work](Call& call) {
-            record(recorded, call.arguments);
+    const auto end = [this](const wchar_t* name, void (platform::Connection::*work)()) {
+        method(name, {}, [this, work](Call&) {
             platform::Connection& connection = session_->requireOpen();
             if (!session_->inTransaction) {
                 throw noTransaction();
@@ -146,8 +133,8 @@ void Connection::transactions() {
             session_->inTransaction = false;
         });
     };
-    end(L"CommitTrans", "Connection.CommitTrans", &platform::Connection::commitTrans);
-    end(L"RollbackTrans", "Connection.RollbackTrans", &platform::Connection::rollbackTrans);
+    end(L"CommitTrans", &platform::Connection::commitTrans);
+    end(L"RollbackTrans", &platform::Connection::rollbackTrans);
 }
 
 }  // namespace stand_in

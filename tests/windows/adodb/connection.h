@@ -7,24 +7,24 @@
 #include <string>
 
 #include "platform/database.h"
-#include "windows/com_server/server_object.h"
+#include "windows/adodb/recorder.h"
 
 namespace stand_in {
 
 struct Session;
 
 /// A named value of a connection, as its collection "Properties" gives it.
-class Property : public com_server::ServerObject {
+class Property : public RecordedObject {
   public:
     Property(std::shared_ptr<Session> session, std::wstring name);
 };
 
-class Properties : public com_server::ServerObject {
+class Properties : public RecordedObject {
   public:
     explicit Properties(std::shared_ptr<Session> session);
 };
 
-class Connection : public com_server::ServerObject {
+class Connection : public RecordedObject {
   public:
     Connection();
     ~Connection() override;

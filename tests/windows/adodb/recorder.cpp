@@ -37,14 +37,14 @@ std::string described(const VARIANT* argument) {
     }
 }
 
-void record(std::string_view member, const std::vector<VARIANT*>& arguments) {
+void RecordedObject::used(const std::wstring& member, WORD kind, const com_server::Call& call) {
     std::array<wchar_t, MAX_PATH> path{};
     if (::GetEnvironmentVariableW(L"TYTEST_ADO_RECORD", path.data(), static_cast<DWORD>(path.size())) == 0) {
         return;
     }
     std::ofstream file(std::filesystem::path(path.data()), std::ios::binary | std::ios::app);
-    file << member;
-    for (const VARIANT* argument : arguments) {
+    file << escaped(com_server::utf8(name_ + L"." + member)) << (kind == DISPATCH_PROPERTYPUT ? "=" : "");
+    for (const VARIANT* argument : call.arguments) {
         file << '\t' << described(argument);
     }
     file << '\n';

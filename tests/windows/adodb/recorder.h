@@ -1,12 +1,10 @@
-// The Recorder writes down what a program asks of the stand-in for ADO, one line for each use of a member:
-// its name, then its arguments with their types, separated by tabs. The file is the one that the environment
-// variable TYTEST_ADO_RECORD names; without it nothing is written.
+// A RecordedObject writes down what a program asks of it, one line for each use of a member: its name, with a
+// "=" behind it when the member is set, then its arguments with their types, separated by tabs. The file is
+// the one that the environment variable TYTEST_ADO_RECORD names; without it nothing is written.
 #pragma once
 
-#include <span>
 #include <string>
-#include <string_view>
-#include <vector>
+#include <utility>
 
 #include "windows/com_server/server_object.h"
 
@@ -16,6 +14,17 @@ namespace stand_in {
 /// out.
 std::string described(const VARIANT* argument);
 
-void record(std::string_view member, const std::vector<VARIANT*>& arguments);
+/// The base of all of the stand-in's objects: no member can be left out of the record.
+class RecordedObject : public com_server::ServerObject {
+  public:
+    /// `name` is what the record calls the object.
+    explicit RecordedObject(std::wstring name) : name_(std::move(name)) {}
+
+  protected:
+    void used(const std::wstring& member, WORD kind, const com_server::Call& call) override;
+
+  private:
+    std::wstring name_;
+};
 
 }  // namespace stand_in

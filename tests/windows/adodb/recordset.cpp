@@ -7,7 +7,6 @@
 #include "platform/sqlite/sqlite_engine.h"
 #include "windows/adodb/ado_errors.h"
 #include "windows/adodb/connection.h"
-#include "windows/adodb/recorder.h"
 
 namespace stand_in {
 namespace {
@@ -66,7 +65,8 @@ platform::Recordset& Rows::requireOpen() {
     return *open;
 }
 
-Field::Field(std::shared_ptr<Rows> rows, const std::wstring& name) {
+Field::Field(std::shared_ptr<Rows> rows, const std::wstring& name)
+    : RecordedObject(L"Fields(" + name + L")") {
     readable(L"Value", {}, [rows = std::move(rows), name = com_server::utf8(name)](Call& call) {
         platform::Recordset& recordset = rows->requireOpen();
         if (recordset.eof()) {
@@ -76,9 +76,8 @@ Field::Field(std::shared_ptr<Rows> rows, const std::wstring& name) {
     });
 }
 
-Fields::Fields(std::shared_ptr<Rows> rows) {
+Fields::Fields(std::shared_ptr<Rows> rows) : RecordedObject(L"Fields") {
     readable(L"Item", {{VT_BSTR}}, [rows = std::move(rows)](Call& call) {
-        record("Fields.Item", call.arguments);
         platform::Recordset& recordset = rows->requireOpen();
         try {
             if (!recordset.eof()) {
@@ -94,7 +93,7 @@ Fields::Fields(std::shared_ptr<Rows> rows) {
 Recordset::Recordset() : Recordset(nullptr, nullptr) {}
 
 Recordset::Recordset(std::shared_ptr<Session> session, std::unique_ptr<platform::Recordset> opened)
-    : rows_(std::make_shared<Rows>()) {
+    : RecordedObject(L"Recordset"), rows_(std::make_shared<Rows>()) {
     rows_->session = std::move(session);
     rows_->open = std::move(opened);
     method(L"Open", {{VT_BSTR}, {VT_DISPATCH}, {VT_I4, true}, {VT_I4, true}, {VT_I4, true}},
@@ -109,15 +108,13 @@ Recordset::Recordset(std::shared_ptr<Session> session, std::unique_ptr<platform:
         }
         asProvider([&] { recordset.moveNext(); });
     });
-    method(L"Close", {}, [this](Call& call) {
-        record("Recordset.Close", call.arguments);
+    method(L"Close", {}, [this](Call&) {
         rows_->requireOpen().close();
         rows_->open.reset();
     });
 }
 
 void Recordset::open(Call& call) {
-    record("Recordset.Open", call.arguments);
     if (rows_->open != nullptr && rows_->session->open != nullptr) {
         throw objectOpen();
     }

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/database.h"
-#include "windows/com_server/server_object.h"
+#include "windows/adodb/recorder.h"
 
 namespace stand_in {
 
@@ -20,17 +20,17 @@ struct Rows {
     platform::Recordset& requireOpen();
 };
 
-class Field : public com_server::ServerObject {
+class Field : public RecordedObject {
   public:
     Field(std::shared_ptr<Rows> rows, const std::wstring& name);
 };
 
-class Fields : public com_server::ServerObject {
+class Fields : public RecordedObject {
   public:
     explicit Fields(std::shared_ptr<Rows> rows);
 };
 
-class Recordset : public com_server::ServerObject {
+class Recordset : public RecordedObject {
   public:
     /// A closed one.
     Recordset();

@@ -152,6 +152,7 @@ HRESULT ServerObject::Invoke(DISPID member, REFIID id, LCID /*locale*/, WORD fla
     try {
         const Member& called = find(member, flags);
         Call call = read(called, *parameters, result);
+        used(called.name, called.kind, call);
         called.action(call);
         return S_OK;
     } catch (const Refusal& refusal) {

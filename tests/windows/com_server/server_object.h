@@ -75,6 +75,10 @@ class ServerObject : public IDispatch {
     void readable(const std::wstring& name, std::vector<Parameter> parameters, Action action);
     void writable(const std::wstring& name, VARTYPE type, Action action);
 
+    /// Told of every use of a member that is not refused, before the member acts. `kind` is the one flag of
+    /// Invoke that says what the member is.
+    virtual void used(const std::wstring& /*member*/, WORD /*kind*/, const Call& /*call*/) {}
+
   private:
     struct Member {
         std::wstring name;

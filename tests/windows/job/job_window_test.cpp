@@ -2,6 +2,7 @@
 // the supervisor finds in the registry.
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <optional>
@@ -43,6 +44,15 @@ class WindowsService : public JobFixture {
             }
         }
         return {"not opened"};
+    }
+
+    /// What the record tells from a query's opening up to the close of a recordset.
+    static std::vector<Use> walkOver(const std::vector<Use>& record, const std::string& statement) {
+        const auto open = std::find_if(record.begin(), record.end(), [&](const Use& use) {
+            return use.front() == "Recordset.Open" && use.at(1) == "BSTR " + statement;
+        });
+        const auto close = std::find(open, record.end(), Use{"Recordset.Close"});
+        return {open, close == record.end() ? close : close + 1};
     }
 
     static std::string registryText(const wchar_t* key, const wchar_t* name) {
@@ -127,6 +137,29 @@ TEST_P(WindowsService, OpensEachQueryWithItsOwnCursorAndLock) {
         }
     }
     EXPECT_GT(others, 1U);
+}
+
+TEST_P(WindowsService, WalksOverTheRowsOfAQueryAndClosesIt) {
+    if (!ado_tests::isStandInRegistered()) {
+        GTEST_SKIP() << "only the stand-in tells what it was asked";
+    }
+    const std::size_t terms = rows("SELECT term FROM word_noise", {"term"}).size();
+    ASSERT_GT(terms, 1U);
+    enqueue(1);
+    window->start();
+    takeRecord();
+    tick();
+    const std::string statement = "SELECT term FROM word_noise";
+    // A field is asked for once and then follows the rows.
+    std::vector<Use> walk = {{"Recordset.Open", "BSTR " + statement, "DISPATCH", "I4 0", "I4 1", "I4 -1"},
+                             {"Recordset.EOF"},
+                             {"Recordset.Fields"},
+                             {"Fields.Item", "BSTR term"}};
+    for (std::size_t i = 0; i < terms; ++i) {
+        walk.insert(walk.end(), {{"Fields(term).Value"}, {"Recordset.MoveNext"}, {"Recordset.EOF"}});
+    }
+    walk.push_back({"Recordset.Close"});
+    EXPECT_EQ(walkOver(takeRecord(), statement), walk);
 }
 
 TEST_P(WindowsService, OpensAConnectionOfItsOwnForEachJob) {
