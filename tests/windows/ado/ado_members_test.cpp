@@ -4,8 +4,6 @@
 // windows.h stands first: the automation headers need it.
 #include <oleauto.h>
 
-#include <array>
-
 #include "base/runtime_error.h"
 #include "platform/sqlite/sqlite_engine.h"
 #include "platform/windows/ado_connection.h"
@@ -220,26 +218,6 @@ TEST_F(AdoMembers, RefuseARecordsetOnAConnectionOfAnotherEngine) {
     const auto rows = library_->engine().createRecordset();
     EXPECT_THROW(rows->open("SELECT id FROM root_word", *connection, CursorType::fixed, LockType::optimistic),
                  base::RuntimeError);
-}
-
-/// The stand-in is worth only what it refuses.
-TEST_F(AdoMembers, AreRefusedByTheStandInWhenTheyAreUsedWrongly) {
-    using platform::windows::Argument;
-    using platform::windows::Dispatch;
-    Dispatch connection = Dispatch::create("ADODB.Connection");
-    EXPECT_THROW(connection.put("Provider", base::Variant(std::int32_t{1})), base::RuntimeError);
-    EXPECT_THROW(connection.put("Provider", base::Variant("SQLOLEDB")), base::RuntimeError);
-    EXPECT_THROW(connection.call("Provider"), base::RuntimeError);
-    EXPECT_THROW(static_cast<void>(connection.get("BeginTrans")), base::RuntimeError);
-    EXPECT_THROW(connection.call("Open"), base::RuntimeError);
-    EXPECT_THROW(connection.call("Close"), base::RuntimeError);
-    const base::Variant text("x");
-    const std::array<Argument, 4> tooMany = {&text, &text, &text, &text};
-    EXPECT_THROW(connection.call("Execute", tooMany), base::RuntimeError);
-    Dispatch recordset = Dispatch::create("ADODB.Recordset");
-    const std::array<Argument, 2> noConnection = {&text, &text};
-    EXPECT_THROW(recordset.call("Open", noConnection), base::RuntimeError);
-    EXPECT_THROW(recordset.call("EOF"), base::RuntimeError);
 }
 
 }  // namespace
