@@ -5,6 +5,7 @@
 #include "windows/adodb/class_ids.h"
 #include "windows/adodb/connection.h"
 #include "windows/adodb/recordset.h"
+#include "windows/com_server/live_objects.h"
 #include "windows/com_server/server_module.h"
 
 namespace {
@@ -29,6 +30,10 @@ __declspec(dllexport) HRESULT __stdcall DllGetClassObject(REFCLSID classId, REFI
 
 __declspec(dllexport) HRESULT __stdcall DllCanUnloadNow() {
     return S_FALSE;
+}
+
+__declspec(dllexport) long __stdcall LiveObjects() {
+    return com_server::Live::count;
 }
 
 __declspec(dllexport) HRESULT __stdcall DllRegisterServer() {

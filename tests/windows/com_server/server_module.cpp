@@ -3,6 +3,8 @@
 #include <array>
 #include <string>
 
+#include "windows/com_server/live_objects.h"
+
 namespace com_server {
 namespace {
 
@@ -44,6 +46,7 @@ class Factory : public IClassFactory {
     HRESULT STDMETHODCALLTYPE LockServer(BOOL /*lock*/) override { return S_OK; }
 
   private:
+    Live live_;
     const ServerClass& made_;
     ULONG references_ = 1;
 };

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "windows/com_server/live_objects.h"
+
 namespace com_server {
 
 /// What Invoke itself answers, without an exception.
@@ -90,6 +92,7 @@ class ServerObject : public IDispatch {
     [[nodiscard]] const Member& find(DISPID member, WORD flags) const;
     static Call read(const Member& member, const DISPPARAMS& parameters, VARIANT* result);
 
+    Live live_;
     ULONG references_ = 1;
     std::vector<Member> members_;
 };

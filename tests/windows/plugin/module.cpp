@@ -1,6 +1,7 @@
 // The plug-in under test as an in-process server.
 #include <array>
 
+#include "windows/com_server/live_objects.h"
 #include "windows/com_server/server_module.h"
 #include "windows/plugin/mail_plugin.h"
 #include "windows/plugin/probe.h"
@@ -31,6 +32,10 @@ __declspec(dllexport) HRESULT __stdcall DllGetClassObject(REFCLSID classId, REFI
 
 __declspec(dllexport) HRESULT __stdcall DllCanUnloadNow() {
     return S_FALSE;
+}
+
+__declspec(dllexport) long __stdcall LiveObjects() {
+    return com_server::Live::count;
 }
 
 __declspec(dllexport) HRESULT __stdcall DllRegisterServer() {
