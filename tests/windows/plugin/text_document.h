@@ -6,6 +6,7 @@
 //   > bridge | see pier           a comment on an anchor
 //   @user Low tide                a tag of the type "user"
 //   + C:\temp\letter.txt          a temporary file with a document in the document
+//   ! The page is torn            a sentence that cannot be read, and why
 //   Every other line that is not empty is a sentence.
 #pragma once
 

@@ -9,7 +9,9 @@ using com_server::Call;
 using com_server::ServerError;
 
 constexpr HRESULT subscriptOutOfRange = static_cast<HRESULT>(0x800A0009);
+constexpr HRESULT ownError = static_cast<HRESULT>(0x800A0E78);
 constexpr LONG fileNotFound = 53;
+constexpr std::wstring_view unreadable = L"! ";
 
 /// "2002-03-05 09:07:04" as automation counts days.
 DATE dateOf(const std::wstring& text) {
@@ -61,13 +63,20 @@ void TextPlugin::sentences(Sentences kind) {
         call.give(kind == Sentences::streamed ? SHORT{-1} : static_cast<SHORT>(document_.sentences.size()));
     });
     if (kind == Sentences::counted) {
-        item(L"GetSentenceText", [this](std::size_t index) { return document_.sentences.at(index); });
+        item(L"GetSentenceText", [this](std::size_t index) { return sentence(index); });
         return;
     }
     method(L"MoreSentences", {},
            [this](Call& call) { call.give(nextSentence_ < document_.sentences.size()); });
-    method(L"GetNextSentence", {},
-           [this](Call& call) { call.give(document_.sentences.at(nextSentence_++)); });
+    method(L"GetNextSentence", {}, [this](Call& call) { call.give(sentence(nextSentence_++)); });
+}
+
+const std::wstring& TextPlugin::sentence(std::size_t index) const {
+    const std::wstring& text = document_.sentences.at(index);
+    if (text.starts_with(unreadable)) {
+        throw ServerError{ownError, text.substr(unreadable.size())};
+    }
+    return text;
 }
 
 void TextPlugin::items() {

@@ -18,6 +18,8 @@ class TextPlugin : public com_server::ServerObject {
     void open(com_server::Call& call);
     void giveProperty(com_server::Call& call) const;
     void sentences(Sentences sentences);
+    /// Raises the text of one that is marked as unreadable.
+    [[nodiscard]] const std::wstring& sentence(std::size_t index) const;
     void items();
     /// A method that gives the text of the index'th item.
     void item(const wchar_t* name, std::function<std::wstring(std::size_t index)> text);
