@@ -15,11 +15,6 @@ const std::array classes = {com_server::ServerClass{L"ADODB.Connection", stand_i
                             com_server::ServerClass{L"ADODB.Recordset", stand_in::recordsetClass,
                                                     []() -> IDispatch* { return new stand_in::Recordset; }}};
 
-bool isWine() {
-    const HMODULE system = ::GetModuleHandleW(L"ntdll.dll");
-    return system != nullptr && ::GetProcAddress(system, "wine_get_version") != nullptr;
-}
-
 }  // namespace
 
 extern "C" {
@@ -37,6 +32,7 @@ __declspec(dllexport) long __stdcall LiveObjects() {
 }
 
 __declspec(dllexport) HRESULT __stdcall DllRegisterServer() {
-    return isWine() ? com_server::registerClasses(classes, com_server::moduleOf(&classes)) : E_ACCESSDENIED;
+    return com_server::isWine() ? com_server::registerClasses(classes, com_server::moduleOf(&classes))
+                                : E_ACCESSDENIED;
 }
 }

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "windows/adodb/class_ids.h"
+#include "windows/com_server/server_module.h"
 
 namespace {
 
@@ -32,10 +33,6 @@ bool isKnown(const wchar_t* progId) {
     return SUCCEEDED(::CLSIDFromProgID(progId, &classId));
 }
 
-bool isWine() {
-    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
-
 TEST(Servers, OfPluginsRegisterThemselves) {
     EXPECT_EQ(registerServer(L"test_plugin.dll"), S_OK);
     for (const wchar_t* progId : {L"TyTest.Text", L"TyTest.Stream", L"TyTest.Probe"}) {
@@ -44,8 +41,8 @@ TEST(Servers, OfPluginsRegisterThemselves) {
 }
 
 TEST(Servers, InThePlaceOfAdoRegisterThemselvesUnderWineAlone) {
-    EXPECT_EQ(SUCCEEDED(registerServer(L"test_adodb.dll")), isWine());
-    if (!isWine()) {
+    EXPECT_EQ(SUCCEEDED(registerServer(L"test_adodb.dll")), com_server::isWine());
+    if (!com_server::isWine()) {
         return;
     }
     // The tests that need the stand-in are skipped without it, which must not happen unnoticed.
@@ -57,6 +54,11 @@ TEST(Servers, InThePlaceOfAdoRegisterThemselvesUnderWineAlone) {
         EXPECT_EQ(::CLSIDFromProgID(progId, &found), S_OK) << progId;
         EXPECT_NE(::IsEqualGUID(found, expected), FALSE) << progId;
     }
+}
+
+TEST(Servers, InThePlaceOfTheProfilerRegisterThemselvesUnderWineAlone) {
+    EXPECT_EQ(SUCCEEDED(registerServer(L"test_profiler.dll")), com_server::isWine());
+    EXPECT_TRUE(!com_server::isWine() || isKnown(L"Parvane.Profiler"));
 }
 
 }  // namespace

@@ -98,6 +98,11 @@ HRESULT registerClasses(std::span<const ServerClass> classes, HMODULE module) {
     return S_OK;
 }
 
+bool isWine() {
+    const HMODULE system = ::GetModuleHandleW(L"ntdll.dll");
+    return system != nullptr && ::GetProcAddress(system, "wine_get_version") != nullptr;
+}
+
 HMODULE moduleOf(const void* address) {
     HMODULE module = nullptr;
     ::GetModuleHandleExW(

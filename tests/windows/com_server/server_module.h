@@ -21,6 +21,9 @@ HRESULT classObject(std::span<const ServerClass> classes, REFCLSID classId, REFI
 /// Writes the classes for the whole machine, with the module's own path, for DllRegisterServer.
 HRESULT registerClasses(std::span<const ServerClass> classes, HMODULE module);
 
+/// Whether this is Wine, where names that belong to others may be taken.
+bool isWine();
+
 /// The module that an address lies in.
 HMODULE moduleOf(const void* address);
 
