@@ -125,6 +125,18 @@ TEST_F(ComAutomation, GivesWideAndExactNumbersAsTheNearestTheServiceHas) {
     EXPECT_EQ(given("DECIMAL"), Variant(123456789.5));
 }
 
+/// Half a surrogate pair is no character, but file names may hold it.
+TEST_F(ComAutomation, KeepsHalfAPairInATextBothWays) {
+    const std::string text = given("HALVES").toText();
+    EXPECT_EQ(text,
+              "a\xED\xA0\xBC"
+              "b\xED\xB3\xA9");
+    EXPECT_EQ(changed(text).toText(), text + " and more, so that it needs a new place");
+    const Variant name(text);
+    const Variant units = probe().callByValue("CountUnits", {&name, 1});
+    EXPECT_EQ(units, Variant(std::int32_t{4}));
+}
+
 TEST_F(ComAutomation, ReadsADateBeforeTheZeroDateAwayFromZero) {
     EXPECT_EQ(given("DATE"), Variant(*base::DateTime::parse("1899-12-29 06:00:00")));
 }

@@ -29,6 +29,10 @@ void give(Call& call) {
         {L"R8", {VT_R8, L"2.25"}},
         {L"CY", {VT_CY, L"12.3456"}},
         {L"DECIMAL", {VT_DECIMAL, L"123456789.5"}},
+        {L"HALVES",
+         {VT_BSTR,
+          L"a\xD83C"
+          L"b\xDCE9"}},
         {L"BSTR", {VT_BSTR, L"na\x00EFve \U0001F30A"}}};
     const std::wstring name = call.text(0);
     if (name == L"NULL") {
@@ -96,6 +100,7 @@ Probe::Probe() {
                   std::to_wstring(call.number(2, 0)));
     });
     method(L"Give", {{VT_BSTR}}, give);
+    method(L"CountUnits", {{VT_BSTR}}, [](Call& call) { call.give(static_cast<LONG>(call.text(0).size())); });
     method(L"Change", {{}}, change);
     readable(L"Weight", {}, [](Call& call) { call.give(LONG{81}); });
     failures();
