@@ -2,7 +2,9 @@
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "app/main_options.h"
 #include "app/main_run.h"
@@ -12,6 +14,7 @@
 #include "platform/win32/win32_toolkit.h"
 #include "platform/windows/ado_engine.h"
 #include "platform/windows/com_automation.h"
+#include "platform/windows/command_line.h"
 #include "platform/windows/windows_clock.h"
 #include "platform/windows/windows_drives.h"
 #include "platform/windows/windows_files.h"
@@ -91,13 +94,24 @@ platform::ExitStatus tell(const app::CommandLineAnswer& answer, platform::Waiter
     return answer.status;
 }
 
+/// Reads the options of this process.
+std::optional<app::CommandLineAnswer> readOptions(app::ServiceOptions& options) {
+    std::vector<std::string> arguments = platform::windows::commandLine();
+    std::vector<char*> texts;
+    texts.reserve(arguments.size());
+    for (std::string& argument : arguments) {
+        texts.push_back(argument.data());
+    }
+    return app::readCommandLine(static_cast<int>(texts.size()), texts.data(), description, options);
+}
+
 }  // namespace
 
-int main(int argc, char** argv) {
+int main() {
     platform::win32::MessageWaiter waiter;
     try {
         app::ServiceOptions options;
-        if (const auto answer = app::readCommandLine(argc, argv, description, options)) {
+        if (const auto answer = readOptions(options)) {
             return static_cast<int>(tell(*answer, waiter));
         }
         Service(waiter, options).run();

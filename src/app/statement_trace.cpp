@@ -1,5 +1,6 @@
 #include "app/statement_trace.h"
 
+#include <filesystem>
 #include <utility>
 
 #include "base/runtime_error.h"
@@ -11,7 +12,9 @@ StatementTrace::StatementTrace(const std::string& path, ErrorReport report)
     if (path.empty()) {
         return;
     }
-    file_.open(path, std::ios::binary | std::ios::app);
+    // As UTF-8 on every system: a plain text would be in the code page of one that has such a thing.
+    file_.open(std::filesystem::path(std::u8string(path.begin(), path.end())),
+               std::ios::binary | std::ios::app);
     if (!file_) {
         throw base::RuntimeError(base::ErrorNumber::invalidProcedureCall,
                                  "The file for the statements cannot be written: " + path);

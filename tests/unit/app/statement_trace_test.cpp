@@ -34,6 +34,11 @@ TEST_F(Trace, SetsAStatementWithLineBreaksApart) {
     EXPECT_EQ(folder.read("trace.sql"), "SELECT 1\n\nSELECT 'a\r\nb'\n\nSELECT 2\n");
 }
 
+TEST_F(Trace, IsKeptUnderANameWithEveryCharacter) {
+    app::StatementTrace(folder.path() + "/\xE6\x97\xA5\xCE\xB1\xC3\xA9.sql", report).write("SELECT 1");
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(folder.path()) / u8"\u65E5\u03B1\u00E9.sql"));
+}
+
 TEST_F(Trace, WithoutAPathItIsOff) {
     app::StatementTrace trace("", report);
     EXPECT_FALSE(trace.isOn());

@@ -2,6 +2,7 @@
 // query", and the window closed.
 #include <gmock/gmock.h>
 
+#include <fstream>
 #include <regex>
 
 #include "windows/ado/ado_library.h"
@@ -97,6 +98,17 @@ TEST_P(Program, ShowsItsHeartbeatToTheSupervisor) {
     EXPECT_EQ(query(masterKeyPath, "DocsIndexedSinceCompaction"), "0x1");
     ASSERT_TRUE(program.closeWindow());
     EXPECT_EQ(program.waitForEnd(), 0U);
+}
+
+TEST_P(Program, TracesIntoAFileWhoseNameIsBeyondTheCodePage) {
+    enqueue(1);
+    RunningProgram program("tyIndexer.exe", "--trace-sql \xE6\x97\xA5\xE6\x9C\xAC.sql");
+    ASSERT_TRUE(isIndexed(program)) << logText();
+    ASSERT_TRUE(program.closeWindow());
+    EXPECT_EQ(program.waitForEnd(), 0U);
+    std::ifstream file(std::filesystem::path(L"\u65E5\u672C.sql"), std::ios::binary);
+    const std::string written{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_THAT(written, testing::HasSubstr("UPDATE file_index_queue SET flag_dirty = true WHERE id = 1\n"));
 }
 
 TEST_P(Program, EndsWithStatusOneWhenThereIsNoLibrary) {

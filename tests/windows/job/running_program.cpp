@@ -55,7 +55,8 @@ RunningProgram::RunningProgram(const std::string& name, const std::string& argum
     std::array<wchar_t, MAX_PATH> own{};
     ::GetModuleFileNameW(nullptr, own.data(), static_cast<DWORD>(own.size()));
     std::wstring command = L'"' + std::filesystem::path(own.data()).replace_filename(name).wstring() +
-                           L"\" " + std::filesystem::path(arguments).wstring();
+                           L"\" " +
+                           std::filesystem::path(std::u8string(arguments.begin(), arguments.end())).wstring();
     STARTUPINFOW start{};
     start.cb = sizeof(start);
     start.dwFlags = STARTF_USESTDHANDLES;  // of which none is given

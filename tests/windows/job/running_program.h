@@ -9,8 +9,8 @@ namespace job_tests {
 
 class RunningProgram {
   public:
-    /// Starts a program that lies beside the test's own. Raises a std::runtime_error when it does not start.
-    /// Nobody reads what it prints, as when it is started from the desktop.
+    /// Starts a program that lies beside the test's own, with arguments in UTF-8. Raises a std::runtime_error
+    /// when it does not start. Nobody reads what it prints, as when it is started from the desktop.
     explicit RunningProgram(const std::string& name, const std::string& arguments = {});
     RunningProgram(const RunningProgram&) = delete;
     RunningProgram& operator=(const RunningProgram&) = delete;
