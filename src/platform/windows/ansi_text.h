@@ -14,4 +14,8 @@ namespace platform::windows {
 /// Raises a RuntimeError for bytes that are no text in the code page.
 [[nodiscard]] std::string fromAnsi(std::string_view bytes);
 
+/// The same for a code page by its number.
+[[nodiscard]] std::string toCodePage(std::string_view text, unsigned codePage);
+[[nodiscard]] std::string fromCodePage(std::string_view bytes, unsigned codePage);
+
 }  // namespace platform::windows
