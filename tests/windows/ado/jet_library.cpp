@@ -87,7 +87,7 @@ std::vector<std::string> jetSchema() {
 
 contract::MadeLibrary jetLibrary() {
     if (isStandInRegistered()) {
-        return {nullptr, "a stand-in is registered in the place of ADO"};
+        return {nullptr, "a machine with Jet is needed; here the stand-in is registered in the place of ADO"};
     }
     try {
         return {std::make_unique<JetLibrary>(), {}};
