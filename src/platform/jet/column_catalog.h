@@ -19,6 +19,7 @@ struct Column {
 struct Table {
     std::vector<Column> columns;
     bool hasAutoNumber = false;
+    bool takesEveryRow = false;  // no key, constraint or trigger can refuse or change one
 };
 
 class ColumnCatalog {

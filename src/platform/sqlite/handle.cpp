@@ -66,6 +66,7 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
 }
 
 Handle::~Handle() {
+    rows_.forget();
     writeNewRootWords();
     forgetIdleShapes();
     if (!file_.isInPlace()) {
@@ -164,12 +165,33 @@ std::int64_t Handle::pragmaNumber(const char* pragma) {
     return statement.row(*statement.columns()).at(0).toInt32();
 }
 
+bool Handle::insertLater(std::string_view text) {
+    return isInTransaction() && rows_.take(read(text), lexed_, text);
+}
+
+void Handle::insert(PreparedShape& shape, std::span<const jet::ParameterValue> values,
+                    std::string_view text) {
+    Statement statement = take(shape, text);
+    statement.bind(values, text);
+    statement.step(text);
+}
+
 Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts texts) {
+    rows_.write(text);
+    Statement statement = take(read(text), text);
+    statement.bind(lexed_, identity, texts, text);
+    return statement;
+}
+
+PreparedShape& Handle::read(std::string_view text) {
     if (!lexed_.read(text) || lastShape_ == nullptr) {
         lastShape_ = nullptr;  // until it is known: a statement may not compile
         lastShape_ = &shapeOf(text);
     }
-    PreparedShape& shape = *lastShape_;
+    return *lastShape_;
+}
+
+Statement Handle::take(PreparedShape& shape, std::string_view text) {
     sqlite3_stmt* prepared = nullptr;
     if (shape.idle.empty()) {
         shape.idle.reserve(shape.inUse + 1);  // giving it back must not fail
@@ -179,9 +201,7 @@ Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts te
         shape.idle.pop_back();
     }
     ++shape.inUse;
-    Statement statement(database_.get(), shape, prepared, fault_);
-    statement.bind(lexed_, identity, texts, text);
-    return statement;
+    return {database_.get(), shape, prepared, fault_};
 }
 
 PreparedShape& Handle::shapeOf(std::string_view text) {
@@ -243,6 +263,9 @@ void Handle::finalise(PreparedShape& shape) {
         sqlite3_finalize(prepared);
     }
     shape.idle.clear();
+    if (shape.many != nullptr) {
+        finalise(*shape.many);
+    }
 }
 
 void Handle::forgetIdleShapes() {
@@ -262,9 +285,16 @@ bool Handle::isInTransaction() const {
 }
 
 void Handle::rollBackQuietly() noexcept {
+    rows_.forget();
     if (isInTransaction()) {
         sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
+}
+
+void Handle::rollBack() {
+    static constexpr std::string_view statement = "ROLLBACK";
+    rows_.forget();
+    prepare(statement, 0, Texts::stay).step(statement);
 }
 
 bool Handle::notesReleasedWords() const {

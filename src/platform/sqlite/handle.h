@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -14,6 +15,7 @@
 #include "platform/jet/lexer.h"
 #include "platform/sqlite/library_file.h"
 #include "platform/sqlite/new_root_words.h"
+#include "platform/sqlite/row_batch.h"
 #include "platform/sqlite/statement.h"
 #include "platform/sqlite/table_catalog.h"
 
@@ -49,13 +51,23 @@ class Handle {
     /// damaged. Such a handle must not be kept.
     [[nodiscard]] bool isSound() noexcept;
 
-    /// A statement ready to run.
+    /// Takes the row that the statement inserts, to be written together with others; false when it has to
+    /// run as it is. Raises a RuntimeError, and the row is not taken then.
+    bool insertLater(std::string_view text);
+
+    /// Runs an insert with the values of its rows.
+    void insert(PreparedShape& shape, std::span<const jet::ParameterValue> values, std::string_view text);
+
+    /// A statement ready to run. Rows that wait to be inserted are written before it.
     Statement prepare(std::string_view text, std::int32_t identity, Texts texts);
 
     [[nodiscard]] bool isInTransaction() const;
 
     /// Ends a transaction that has failed; does nothing where none is open.
     void rollBackQuietly() noexcept;
+
+    /// Raises a RuntimeError.
+    void rollBack();
 
     /// The root words that are not written yet. No other statement than the service's insert of a root word
     /// may run before they are.
@@ -83,7 +95,9 @@ class Handle {
     void checkPages();
     std::int64_t pragmaNumber(const char* pragma);
     void run(const char* sql);
+    PreparedShape& read(std::string_view text);
     PreparedShape& shapeOf(std::string_view text);
+    Statement take(PreparedShape& shape, std::string_view text);
     sqlite3_stmt* compile(const jet::Translation& translation, std::string_view text);
     [[noreturn]] void raiseCompileError(int code, const jet::Translation& translation, std::string_view text);
     void forgetIdleShapes();
@@ -98,6 +112,7 @@ class Handle {
     Shapes shapes_;
     PreparedShape* lastShape_ = nullptr;  // of the statement that was read last
     NewRootWords newRootWords_{*this};
+    RowBatch rows_{*this};
     std::int64_t schemaVersion_ = 0;
     FileFault fault_ = FileFault::none;
 };

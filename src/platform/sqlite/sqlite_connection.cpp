@@ -48,6 +48,9 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
         purgeOrphans(open);
         return;
     }
+    if (open.insertLater(statement)) {
+        return;
+    }
     Statement prepared = open.prepare(statement, identity_, Texts::stay);
     prepared.step(statement);
     if (prepared.translation().givesAutoNumber && open.changedRows() > 0) {
@@ -112,23 +115,26 @@ void SqliteConnection::beginTrans() {
 }
 
 void SqliteConnection::commitTrans() {
-    endTransaction("COMMIT TRANSACTION", "COMMIT");
-    handle().newRootWords().committed();
+    Handle& open = endTransaction("COMMIT TRANSACTION");
+    runControl("COMMIT");
+    open.newRootWords().committed();
 }
 
 void SqliteConnection::rollbackTrans() {
-    endTransaction("ROLLBACK TRANSACTION", "ROLLBACK");
-    handle().newRootWords().rolledBack();
+    Handle& open = endTransaction("ROLLBACK TRANSACTION");
+    open.rollBack();
+    open.newRootWords().rolledBack();
 }
 
-void SqliteConnection::endTransaction(std::string_view traced, std::string_view statement) {
+/// The handle that has the transaction.
+Handle& SqliteConnection::endTransaction(std::string_view traced) {
     Handle& open = handle();
     trace(traced);
     if (!open.isInTransaction()) {
         fail("No transaction is open on this connection");
     }
     settleRecordsets();
-    runControl(statement);
+    return open;
 }
 
 void SqliteConnection::runControl(std::string_view statement) {
@@ -150,7 +156,7 @@ void SqliteConnection::release() noexcept {
     try {
         if (handle_->isInTransaction()) {
             trace("ROLLBACK TRANSACTION");
-            runControl("ROLLBACK");
+            handle_->rollBack();
             handle_->newRootWords().rolledBack();
         }
         writeNewRootWords();

@@ -43,7 +43,7 @@ class SqliteConnection : public Connection {
     void writeNewRootWords() noexcept;
     void settleRecordsets();
     void runControl(std::string_view statement);
-    void endTransaction(std::string_view traced, std::string_view statement);
+    Handle& endTransaction(std::string_view traced);
     void release() noexcept;
 
     std::shared_ptr<HandlePool> pool_;

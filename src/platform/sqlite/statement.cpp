@@ -28,7 +28,9 @@ struct Binder {
     int operator()(std::string_view value) const {
         return text(value, texts == Texts::stay ? SQLITE_STATIC : SQLITE_TRANSIENT);
     }
-    int operator()(const std::string& value) const { return text(value, SQLITE_TRANSIENT); }
+    int operator()(const std::string& value) const {
+        return text(value, texts == Texts::stay ? SQLITE_STATIC : SQLITE_TRANSIENT);
+    }
 
     [[nodiscard]] int text(std::string_view value, sqlite3_destructor_type destructor) const {
         // A null pointer would store null in place of an empty text.
@@ -51,7 +53,9 @@ int bindLiteral(const Binder& binder, const jet::Literal& literal, const jet::Me
             return binder(whole);
         }
     }
-    return std::visit(binder, jet::parameterValue(literal, column));
+    // What is made for the engine goes with this call.
+    return std::visit(Binder{binder.statement, binder.number, Texts::vanish},
+                      jet::parameterValue(literal, column));
 }
 
 base::Variant wholeNumber(std::int64_t value) {
@@ -158,9 +162,20 @@ void Statement::bind(const jet::LexedStatement& lexed, std::int32_t identity, Te
         const int code = parameter.isIdentity
                              ? binder(std::int64_t{identity})
                              : bindLiteral(binder, lexed.literals()[parameter.literal], parameter.column);
-        if (code != SQLITE_OK) {
-            raiseError(database_, code, "Giving a statement its values", text);
-        }
+        checkBound(code, text);
+    }
+}
+
+void Statement::bind(std::span<const jet::ParameterValue> values, std::string_view text) {
+    int number = 0;
+    for (const jet::ParameterValue& value : values) {
+        checkBound(std::visit(Binder{prepared_, ++number, Texts::stay}, value), text);
+    }
+}
+
+void Statement::checkBound(int code, std::string_view text) const {
+    if (code != SQLITE_OK) {
+        raiseError(database_, code, "Giving a statement its values", text);
     }
 }
 

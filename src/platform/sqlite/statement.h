@@ -5,12 +5,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/variant.h"
 #include "platform/jet/lexer.h"
+#include "platform/jet/parameter_value.h"
 #include "platform/jet/translator.h"
 
 struct sqlite3;
@@ -31,6 +33,7 @@ struct PreparedShape {
     jet::Translation translation;
     std::vector<sqlite3_stmt*> idle;  // prepared and not in use
     std::size_t inUse = 0;
+    std::unique_ptr<PreparedShape> many;  // for an insert of one row: the insert of many, once it is needed
     std::shared_ptr<const ResultColumns> columns;  // of the last query
     int columnsOfReprepare = -1;                   // how often the statement had been prepared anew then
 };
@@ -55,6 +58,9 @@ class Statement {
     /// Gives the statement its values. `text` is the statement as built, for messages.
     void bind(const jet::LexedStatement& lexed, std::int32_t identity, Texts texts, std::string_view text);
 
+    /// The same with values that are at hand and stay alive while the statement is in use.
+    void bind(std::span<const jet::ParameterValue> values, std::string_view text);
+
     /// Runs to the next row; false when there is none. Raises a RuntimeError.
     bool step(std::string_view text);
 
@@ -73,6 +79,7 @@ class Statement {
     [[nodiscard]] std::int64_t number(int column) const;
 
   private:
+    void checkBound(int code, std::string_view text) const;
     void giveBack();
 
     sqlite3* database_;
