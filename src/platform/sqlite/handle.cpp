@@ -61,6 +61,8 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
         restoreIndexStatistics(database_.get());
     } catch (...) {
         forgetIdleShapes();  // a file with statements left is not closed
+        // What is in the log stays there: whoever mends the file may need both as they were found.
+        leaveLogAlone();
         throw;
     }
 }
@@ -75,8 +77,13 @@ Handle::~Handle() {
         sqlite3_wal_checkpoint_v2(database_.get(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
     } else if (!isSound()) {
         // Somebody has written over the file: nothing of ours goes into what it holds now.
-        sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        leaveLogAlone();
     }
+}
+
+/// Closing the file does not move the log into it.
+void Handle::leaveLogAlone() noexcept {
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
 /// Words that could not be written before: whoever locked the library may be gone by now, and a read that

@@ -101,6 +101,7 @@ class Handle {
     sqlite3_stmt* compile(const jet::Translation& translation, std::string_view text);
     [[noreturn]] void raiseCompileError(int code, const jet::Translation& translation, std::string_view text);
     void forgetIdleShapes();
+    void leaveLogAlone() noexcept;
     void writeNewRootWords() noexcept;
     static void finalise(PreparedShape& shape);
 
