@@ -8,6 +8,7 @@
 --   DATETIME                           a moment as 'yyyy-mm-dd hh:mm:ss', local time
 --   BOOLEAN                            0 or 1
 
+PRAGMA page_size = 2048;
 PRAGMA journal_mode = WAL;
 PRAGMA application_id = 1417237361; -- 'TySq'
 
