@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -15,10 +17,10 @@ namespace {
 // The service has some sixty shapes; more come only from an operator's own statements.
 constexpr std::size_t mostShapes = 512;
 
-// Pages in the write-ahead log before they are moved into the library: 64 MiB. A document changes dozens of
+// Bytes of pages in the write-ahead log before they are moved into the library. A document changes dozens of
 // pages, and the next document many of the same ones; moving them seldom moves each of them once instead of
-// time and again.
-constexpr int checkpointPages = 16384;
+// time and again, and waits for the disk seldom.
+constexpr std::int64_t checkpointBytes = 64LL * 1024 * 1024;
 
 const jet::Dialect dialect{"1", "0", [](std::size_t number) { return "?" + std::to_string(number); }, false};
 
@@ -130,7 +132,8 @@ void Handle::openDatabase(const HandleOptions& options) {
     sqlite3_busy_timeout(database_.get(), static_cast<int>(options.busyTimeout.count()));
     run("PRAGMA journal_mode = WAL");
     run("PRAGMA synchronous = NORMAL");
-    run(("PRAGMA wal_autocheckpoint = " + std::to_string(checkpointPages)).c_str());
+    const std::int64_t pageSize = std::max<std::int64_t>(pragmaNumber("PRAGMA page_size"), 1);
+    run(("PRAGMA wal_autocheckpoint = " + std::to_string(checkpointBytes / pageSize)).c_str());
     run("PRAGMA temp_store = MEMORY");
     run(("PRAGMA cache_size = -" + std::to_string(options.cacheKibibytes)).c_str());
     schemaVersion_ = pragmaNumber("PRAGMA schema_version");
