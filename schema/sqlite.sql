@@ -8,6 +8,7 @@
 --   DATETIME                           a moment as 'yyyy-mm-dd hh:mm:ss', local time
 --   BOOLEAN                            0 or 1
 
+-- A document changes a few rows in most of the pages that it touches, and each page is written whole.
 PRAGMA page_size = 2048;
 PRAGMA journal_mode = WAL;
 PRAGMA application_id = 1417237361; -- 'TySq'
@@ -145,7 +146,7 @@ CREATE TABLE word_index (
 );
 CREATE INDEX word_index_id_document_object ON word_index (id_document_object);
 -- Ordered by word within groups of 16 documents. Ordered by word alone, each of a document's several hundred words would
--- write to a page of its own somewhere in the index; a group is some forty pages, which the next documents write to as
+-- write to a page of its own somewhere in the index; a group is some eighty pages, which the next documents write to as
 -- well. A look-up by word goes from group to group (SQLite calls it a skip-scan), for which SQLite must know from
 -- sqlite_stat1, at the end of this script, that groups are large.
 CREATE INDEX word_index_id_root_word ON word_index (id_document_object / 16, id_root_word);
