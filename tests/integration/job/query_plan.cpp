@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <stdexcept>
 
 #include "base/text.h"
@@ -14,16 +13,52 @@ namespace {
 
 /// Tables that any statement may read from end to end: an operator's few rows, whatever the library holds.
 /// A table that is kept short by other means, whatever the library holds, belongs here too.
-constexpr std::array<std::string_view, 5> tablesOfBoundedSize = {
+constexpr std::array<std::string_view, 10> tablesOfBoundedSize = {
     "search_weight", "word_noise", "prv_rules", "prv_rules_annotation",
-    "word_purge"};  // one row: how far the words without rows are known
+    "word_purge",  // one row: how far the words without rows are known
+    // What SQLite keeps of the tables themselves.
+    "sqlite_schema", "sqlite_sequence", "sqlite_stat1", "pragma_table_info", "pragma_index_list"};
 
-/// The load of the caches at the start reads every word once.
-constexpr std::array<AllowedScan, 2> allowedScans = {
-    {{"SELECT id, word FROM root_word", "root_word"},
-     {"DELETE * FROM root_word WHERE NOT EXISTS (SELECT id_root_word FROM word_index WHERE id_root_word = "
-      "root_word.id)",
-      "root_word"}}};
+/// How much of a table is read: all of it, or a few rows in each group of a grouped index.
+enum class Reading { whole, groups };
+
+/// A read that is in order, once in a statement, although it grows with the library.
+struct AllowedReading {
+    std::string_view begin;  // of the statement as SQLite runs it, without regard to blanks
+    std::string_view table;
+    Reading reading;
+};
+
+constexpr std::array<AllowedReading, 7> allowedReadings = {{
+    // The load of the caches, at the start and for each document that has moved: it reads every word.
+    {"SELECT id, word FROM root_word", "root_word", Reading::whole},
+    // The purge before it, in a library that does not note which words may have lost their last hit,
+    {"DELETE FROM root_word WHERE NOT EXISTS", "root_word", Reading::whole},
+    {"DELETE FROM root_word WHERE NOT EXISTS", "word_index", Reading::groups},
+    // and in one that does: the hits of the words that came since the last purge, until each has been met;
+    {"SELECT id_root_word FROM word_index WHERE id_root_word > ?1", "word_index", Reading::groups},
+    // the hits that went since the last purge, and those words' hits that are elsewhere.
+    {"WITH released (id) AS", "word_release", Reading::whole},
+    {"WITH released (id) AS", "word_index", Reading::groups},
+    // The key of a tag's word: one look for 2,048 words, and a document has few tags.
+    {"Insert into metatag_entry", "root_word", Reading::groups},
+}};
+
+/// Statements for which SQLite tells no plan, and which read and write a few rows or pages. Others without a
+/// plan, such as the check of a whole library, may take any time.
+constexpr std::array<std::string_view, 12> boundedWithoutPlan = {
+    "INSERT INTO ",
+    "BEGIN IMMEDIATE",
+    "COMMIT",
+    "DELETE FROM word_release",  // gives back the pages that filled since the last load of the caches
+    "ANALYZE sqlite_schema",     // reads what is known of the indexes, and no table
+    "PRAGMA cache_size",
+    "PRAGMA journal_mode",
+    "PRAGMA page_size",
+    "PRAGMA schema_version",
+    "PRAGMA synchronous",
+    "PRAGMA temp_store",
+    "PRAGMA wal_autocheckpoint"};
 
 bool isIn(const auto& names, std::string_view name) {
     return std::any_of(names.begin(), names.end(), [name](std::string_view candidate) {
@@ -31,26 +66,46 @@ bool isIn(const auto& names, std::string_view name) {
     });
 }
 
-/// What a line of a plan reads from end to end; empty when it reads nothing so. Subqueries and lists of
-/// constants are made by other lines.
-std::string_view scanned(std::string_view line) {
-    constexpr std::string_view scan = "SCAN ";
-    if (!line.starts_with(scan) || line.find("CONSTANT ROW") != std::string_view::npos) {
-        return {};
-    }
-    line.remove_prefix(scan.size());
-    return line.starts_with('(') ? std::string_view() : line.substr(0, line.find(' '));
+/// The word behind the first one of a line.
+std::string_view secondWord(std::string_view line) {
+    line.remove_prefix(std::min(line.find(' ') + 1, line.size()));
+    return line.substr(0, line.find(' '));
 }
 
-bool isRefused(std::string_view statement, std::string_view line) {
+/// Subqueries, lists of constants and what a statement has named itself are made by other lines.
+bool isOfOtherLines(const std::string& sql, std::string_view line) {
+    return line.find("CONSTANT ROW") != std::string_view::npos || secondWord(line).starts_with('(') ||
+           sql.starts_with("WITH " + std::string(secondWord(line)) + " (");
+}
+
+/// The allowances that a plan has used up: each is for one line.
+using Spent = std::set<const AllowedReading*>;
+
+bool isAllowed(const std::string& sql, std::string_view table, Reading reading, Spent& spent) {
+    const std::string text = base::replaceAll(sql, " ", "");
+    return std::any_of(allowedReadings.begin(), allowedReadings.end(), [&](const AllowedReading& allowed) {
+        return allowed.reading == reading && base::equalsIgnoringCase(allowed.table, table) &&
+               text.starts_with(base::replaceAll(allowed.begin, " ", "")) && spent.insert(&allowed).second;
+    });
+}
+
+bool isRefused(const std::string& sql, std::string_view line, Spent& spent) {
     if (line.find("AUTOMATIC") != std::string_view::npos) {
         return true;  // an index that is made for one run costs a reading of the table
     }
-    const std::string_view table = scanned(line);
-    return !table.empty() && !isIn(tablesOfBoundedSize, table) &&
-           std::none_of(allowedScans.begin(), allowedScans.end(), [&](const AllowedScan& allowed) {
-               return allowed.statement == statement && base::equalsIgnoringCase(allowed.table, table);
-           });
+    const bool isWhole = line.starts_with("SCAN ") && !isOfOtherLines(sql, line);
+    // An index whose first column is not asked for is gone through value by value.
+    const bool isByGroups = line.find("(ANY(") != std::string_view::npos;
+    const std::string_view table = secondWord(line);
+    return (isWhole || isByGroups) && !isIn(tablesOfBoundedSize, table) &&
+           !isAllowed(sql, table, isWhole ? Reading::whole : Reading::groups, spent);
+}
+
+/// The reading of the key that was given last: any row of the table will do.
+bool readsOneRow(std::string_view sql) {
+    constexpr std::string_view example = "SELECT ?1 AS id_document FROM document_object LIMIT 1";
+    return sql.starts_with("SELECT ?1 AS ") && sql.ends_with(" LIMIT 1") &&
+           std::count(sql.begin(), sql.end(), ' ') == std::count(example.begin(), example.end(), ' ');
 }
 
 struct Finaliser {
@@ -77,40 +132,67 @@ QueryPlans::QueryPlans(const std::string& library)
 
 QueryPlans::~QueryPlans() = default;
 
-std::vector<std::string> QueryPlans::refusedLines(std::string_view statement) {
-    bool readsOneRow = false;
-    std::vector<std::string> refused;
-    for (std::string& line : planOf(statement, readsOneRow)) {
-        if (!readsOneRow && isRefused(statement, line)) {
-            refused.push_back(std::move(line));
-        }
-    }
-    return refused;
+std::string QueryPlans::sqlOf(std::string_view statement) {
+    return handle_.prepare(statement, 0, platform::sqlite::Texts::vanish).translation().text;
 }
 
-std::set<std::string> QueryPlans::indexes(std::string_view statement) {
-    bool readsOneRow = false;
-    constexpr std::string_view mark = "INDEX ";
-    std::set<std::string> names;
-    const std::vector<std::string> lines = planOf(statement, readsOneRow);
-    if (readsOneRow) {
-        return names;  // any row of the table will do
+std::vector<std::string> QueryPlans::refusedLines(const std::string& sql) {
+    if (readsOneRow(sql)) {
+        return {};
     }
-    for (const std::string& line : lines) {
-        if (const std::size_t found = line.find(mark); found != std::string::npos) {
-            const std::size_t begin = found + mark.size();
-            names.insert(line.substr(begin, line.find(' ', begin) - begin));
+    std::vector<std::string> lines = planOf(sql);
+    if (lines.empty()) {
+        const bool isBounded = std::any_of(boundedWithoutPlan.begin(), boundedWithoutPlan.end(),
+                                           [&](std::string_view begin) { return sql.starts_with(begin); });
+        return isBounded ? lines : std::vector<std::string>{"no plan"};
+    }
+    Spent spent;
+    std::erase_if(lines, [&](const std::string& line) { return !isRefused(sql, line, spent); });
+    return lines;
+}
+
+std::vector<std::string> QueryPlans::refused(const std::set<std::string>& statements) {
+    std::vector<std::string> all;
+    for (const std::string& sql : statements) {
+        for (const std::string& line : refusedLines(sql)) {
+            all.push_back(line + " in: " + sql);
         }
     }
+    return all;
+}
+
+/// Rolled back rather than made again: what the library knows about the index goes with it.
+std::vector<std::string> QueryPlans::refusedWithout(const std::string& index,
+                                                    const std::set<std::string>& statements) {
+    exec("BEGIN");
+    exec("DROP INDEX " + index);
+    std::vector<std::string> lines = refused(statements);
+    exec("ROLLBACK");
+    return lines;
+}
+
+std::set<std::string> QueryPlans::indexes(const std::set<std::string>& statements) {
+    constexpr std::string_view mark = "INDEX ";
+    std::set<std::string> names;
+    for (const std::string& sql : statements) {
+        for (const std::string& line : readsOneRow(sql) ? std::vector<std::string>() : planOf(sql)) {
+            if (const std::size_t found = line.find(mark); found != std::string::npos) {
+                const std::size_t begin = found + mark.size();
+                names.insert(line.substr(begin, line.find(' ', begin) - begin));
+            }
+        }
+    }
+    std::erase_if(names, [&](const std::string& name) { return !isMadeForGrowingTable(name); });
     return names;
 }
 
-/// The reading of the key that was given last is cut to one row.
-std::vector<std::string> QueryPlans::planOf(std::string_view statement, bool& readsOneRow) {
-    const auto prepared = handle_.prepare(statement, 0, platform::sqlite::Texts::vanish);
-    readsOneRow = prepared.translation().readsIdentity;
+/// A PRAGMA may do its work as soon as it is prepared, and none has a plan.
+std::vector<std::string> QueryPlans::planOf(const std::string& sql) {
+    if (sql.starts_with("PRAGMA ")) {
+        return {};
+    }
     constexpr int detail = 3;
-    return texts("EXPLAIN QUERY PLAN " + prepared.translation().text, detail);
+    return texts("EXPLAIN QUERY PLAN " + sql, detail);
 }
 
 std::vector<std::string> QueryPlans::texts(const std::string& sql, int column) {
@@ -133,15 +215,10 @@ void QueryPlans::exec(const std::string& sql) {
     }
 }
 
-std::string QueryPlans::textOfIndex(const std::string& index) {
-    const auto found =
-        texts("SELECT sql FROM sqlite_master WHERE type = 'index' AND name = '" + index + "'", 0);
-    return found.empty() ? std::string() : found.front();
-}
-
-bool QueryPlans::isOfGrowingTable(const std::string& index) {
-    const auto tables =
-        texts("SELECT tbl_name FROM sqlite_master WHERE type = 'index' AND name = '" + index + "'", 0);
+bool QueryPlans::isMadeForGrowingTable(const std::string& index) {
+    const auto tables = texts(
+        "SELECT tbl_name FROM sqlite_schema WHERE type = 'index' AND sql <> '' AND name = '" + index + "'",
+        0);
     return !tables.empty() && !isIn(tablesOfBoundedSize, tables.front());
 }
 

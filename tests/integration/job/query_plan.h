@@ -1,5 +1,4 @@
-// Tells which tables a statement of the service reads from end to end in a library, and which of these it
-// may.
+// Tells which tables a statement reads from end to end in a library, and which of these it may.
 #pragma once
 
 #include <atomic>
@@ -16,12 +15,6 @@ struct sqlite3;
 
 namespace job_tests {
 
-/// A read from end to end that is in order although the table grows.
-struct AllowedScan {
-    std::string_view statement;  // as the service built it
-    std::string_view table;
-};
-
 /// The plans of a library's statements. What a trigger or a view does on behalf of a statement counts as its
 /// own.
 class QueryPlans {
@@ -31,27 +24,33 @@ class QueryPlans {
     QueryPlans& operator=(const QueryPlans&) = delete;
     ~QueryPlans();
 
-    /// The lines of a statement's plan that read more the larger the library is.
-    std::vector<std::string> refusedLines(std::string_view statement);
+    /// A statement of the service as SQLite runs it.
+    std::string sqlOf(std::string_view statement);
 
-    /// The indexes by which a statement finds its rows.
-    std::set<std::string> indexes(std::string_view statement);
+    /// The lines of a statement's plan that read more the larger the library is.
+    std::vector<std::string> refusedLines(const std::string& sql);
+
+    /// The same of many, each line with its statement.
+    std::vector<std::string> refused(const std::set<std::string>& statements);
+
+    /// The same in a library that lacks an index.
+    std::vector<std::string> refusedWithout(const std::string& index,
+                                            const std::set<std::string>& statements);
+
+    /// The indexes by which statements find their rows in tables that must not be read from end to end, as
+    /// far as more than a table's key makes them.
+    std::set<std::string> indexes(const std::set<std::string>& statements);
 
     void exec(const std::string& sql);
-
-    /// The text that makes an index; empty when nothing but its table makes it.
-    std::string textOfIndex(const std::string& index);
-
-    /// Whether an index belongs to a table that must not be read from end to end.
-    bool isOfGrowingTable(const std::string& index);
 
   private:
     struct Close {
         void operator()(sqlite3* database) const;
     };
 
-    std::vector<std::string> planOf(std::string_view statement, bool& readsOneRow);
+    std::vector<std::string> planOf(const std::string& sql);
     std::vector<std::string> texts(const std::string& sql, int column);
+    bool isMadeForGrowingTable(const std::string& index);
 
     std::atomic<std::size_t> prepared_ = 0;
     platform::sqlite::Handle handle_;  // translates

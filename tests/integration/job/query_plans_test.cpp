@@ -2,98 +2,44 @@
 // may read a table that grows with it from end to end.
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <set>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "integration/job/query_plan.h"
-#include "unit/indexer/indexer_fixture.h"
+#include "integration/job/whole_jobs.h"
 
 namespace {
 
-using indexer_tests::ScriptedDocument;
 using job_tests::QueryPlans;
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-enum IndexType : int { anew = 1, known = 2, moved = 3 };
-
-class JobPlans : public indexer_tests::IndexerTest {
+class JobPlans : public job_tests::WholeJobs {
   protected:
-    JobPlans() { recordJobs(); }
-
-    /// The statements of all jobs, each text once and without what has no plan.
-    std::set<std::string> recorded;
-
-    std::vector<std::string> refused(QueryPlans& plans) {
-        std::vector<std::string> all;
-        for (const std::string& statement : recorded) {
-            for (const std::string& line : plans.refusedLines(statement)) {
-                all.push_back(line + " in: " + statement);
+    JobPlans() {
+        statements();
+        runJobsOfEveryKind();
+        for (const std::string& statement : statements()) {
+            if (!statement.ends_with(" TRANSACTION")) {
+                recorded.insert(statement);
             }
+        }
+    }
+
+    /// The statements of all jobs as SQLite runs them.
+    std::set<std::string> translated(QueryPlans& plans) {
+        std::set<std::string> all;
+        for (const std::string& statement : recorded) {
+            all.insert(plans.sqlOf(statement));
         }
         return all;
     }
 
-  private:
-    static ScriptedDocument documentWithEverything() {
-        ScriptedDocument document;
-        document.importantText = {{"heading", "River rules"}, {"no such kind", "Low water"}};
-        document.annotations = {{"Comment", "bridge", "see pier"}, {"general_comment", "", "all of it"}};
-        document.metaTags = {{"user", "Low tide"}, {"author", "Ann Heron"}};
-        return document;
-    }
-
-    void run(const std::string& path, IndexType type, const std::string& dataType = "txt") {
-        ASSERT_TRUE(indexer.DoIndex(queue(path, type, dataType))) << path;
-    }
-
-    /// New, indexed again, retitled, moved, replaced, failed and nested documents.
-    void recordJobs() {
-        statements();
-        givePlugin("txt", "Test.Text", documentWithEverything());
-        run("/docs/o'ki/river.txt", anew);
-        run("/docs/o'ki/river.txt", known);
-        library.exec("UPDATE document_object SET flag_user_set_title = 1");
-        run("/docs/o'ki/river.txt", known);
-        run("/docs/o'ki/river.txt", moved);
-        run("/docs/o'ki/river.txt", anew);
-        run(R"(\\host\share\river.txt)", known);
-        library.drives.shares["Q:"] = R"(\\host\share)";
-        run(R"(\\host\share\boat.txt)", known);
-        runParent();
-        runFailing();
-        for (std::string& statement : statements()) {
-            if (!statement.ends_with(" TRANSACTION")) {
-                recorded.insert(std::move(statement));
-            }
-        }
-    }
-
-    void runParent() {
-        ScriptedDocument message = documentWithEverything();
-        message.subDocuments = {{library.folder.write("attached.txt", "one"), ""}, {"", "/docs/second.txt"}};
-        fakes::ScriptedPlugin& mail = givePlugin("eml", "Test.Mail", message);
-        mail.methods["GetNumberofSubDocuments"] = [&mail](std::span<base::Variant>) -> base::Variant {
-            return mail.created % 3 == 1 ? std::int32_t{2} : std::int32_t{0};
-        };
-        run("/mail/a.eml", anew, "eml");
-        run("/mail/a.eml", known, "eml");
-        run("/mail/a.eml", moved, "eml");
-    }
-
-    void runFailing() {
-        givePlugin("Default", "Test.Default", ScriptedDocument());
-        fakes::ScriptedPlugin& refusing = givePlugin("pdf", "Test.Refusing", ScriptedDocument());
-        refusing.answer("SetDocumentID", false);
-        refusing.answer("GetLastErrorNumber", std::int32_t{5});
-        run("/docs/refused.pdf", known, "pdf");
-        run("/docs/refused.pdf", known, "pdf");
-    }
+    /// The statements of all jobs, each text once and without what has no plan.
+    std::set<std::string> recorded;
 };
 
 TEST_F(JobPlans, NoStatementOfAJobReadsAGrowingTableFromEndToEnd) {
@@ -106,29 +52,18 @@ TEST_F(JobPlans, NoStatementOfAJobReadsAGrowingTableFromEndToEnd) {
           "SELECT * FROM prv_rules", "UPDATE document_object SET location_invalid"}) {
         EXPECT_THAT(recorded, Contains(testing::StartsWith(head)));
     }
-    EXPECT_THAT(refused(plans), IsEmpty());
+    EXPECT_THAT(plans.refused(translated(plans)), IsEmpty());
 }
 
 TEST_F(JobPlans, EveryIndexThatAJobUsesIsMissedWhenItIsGone) {
     QueryPlans plans(library.path);
-    std::set<std::string> used;
-    for (const std::string& statement : recorded) {
-        used.merge(plans.indexes(statement));
-    }
-    std::size_t dropped = 0;
+    const std::set<std::string> statementsOfJobs = translated(plans);
+    const std::set<std::string> used = plans.indexes(statementsOfJobs);
+    EXPECT_GE(used.size(), 8U);
     for (const std::string& index : used) {
-        if (plans.textOfIndex(index).empty() || !plans.isOfGrowingTable(index)) {
-            continue;
-        }
-        // Rolled back rather than made again: what the library knows about the index goes with it.
-        plans.exec("BEGIN");
-        plans.exec("DROP INDEX " + index);
-        EXPECT_THAT(refused(plans), Not(IsEmpty())) << index;
-        plans.exec("ROLLBACK");
-        ++dropped;
+        EXPECT_THAT(plans.refusedWithout(index, statementsOfJobs), Not(IsEmpty())) << index;
     }
-    EXPECT_GE(dropped, 8U);
-    EXPECT_THAT(refused(plans), IsEmpty());
+    EXPECT_THAT(plans.refused(statementsOfJobs), IsEmpty());
 }
 
 TEST_F(JobPlans, AStatementThatReadsAGrowingTableFromEndToEndIsRefused) {
@@ -139,6 +74,22 @@ TEST_F(JobPlans, AStatementThatReadsAGrowingTableFromEndToEndIsRefused) {
     EXPECT_THAT(plans.refusedLines("SELECT a.id FROM meta_tags, annotation AS a WHERE meta_tags.type = a.id"),
                 Not(IsEmpty()));
     EXPECT_THAT(plans.refusedLines("SELECT description FROM search_weight"), IsEmpty());
+}
+
+TEST_F(JobPlans, AStatementThatGoesThroughTheGroupsOfAnIndexIsRefused) {
+    QueryPlans plans(library.path);
+    EXPECT_THAT(plans.refusedLines("SELECT id FROM root_word WHERE word = 'river'"),
+                ElementsAre(HasSubstr("root_word")));
+    EXPECT_THAT(plans.refusedLines("SELECT hit_count FROM word_index WHERE id_root_word = 1"),
+                ElementsAre(HasSubstr("word_index")));
+}
+
+TEST_F(JobPlans, AStatementWhosePlanNobodyTellsIsRefused) {
+    QueryPlans plans(library.path);
+    for (const char* statement : {"DELETE FROM root_word", "PRAGMA quick_check(1)", "ANALYZE", "VACUUM"}) {
+        EXPECT_THAT(plans.refusedLines(statement), ElementsAre("no plan")) << statement;
+    }
+    EXPECT_THAT(plans.refusedLines("INSERT INTO word_noise (term) VALUES('the')"), IsEmpty());
 }
 
 TEST_F(JobPlans, WhatATriggerReadsCountsAsTheStatementsOwn) {
