@@ -12,6 +12,8 @@
 #include <optional>
 #include <utility>
 
+#include "base/byte_chunk.h"
+
 namespace shared {
 namespace {
 
@@ -52,9 +54,16 @@ const ByteOrderMark* markOf(std::string_view bytes) {
     return found == marks.end() ? nullptr : found;
 }
 
+bool holdsNul(std::string_view bytes) {
+    return !bytes.empty() && std::memchr(bytes.data(), '\0', bytes.size()) != nullptr;
+}
+
 /// UTF-16 without a mark: NUL bytes on one side of the pairs only, and in a quarter of the pairs at least.
 std::optional<std::string> unmarkedUtf16(std::string_view bytes) {
     const std::string_view sample = bytes.substr(0, binarySample);
+    if (!holdsNul(sample)) {
+        return std::nullopt;  // as nearly every text; counting would look at each byte
+    }
     std::array<std::size_t, 2> nuls{};
     for (std::size_t i = 0; i < sample.size(); ++i) {
         nuls[i % 2] += sample[i] == '\0' ? 1 : 0;
@@ -69,10 +78,25 @@ std::optional<std::string> unmarkedUtf16(std::string_view bytes) {
     return std::nullopt;
 }
 
-/// Control characters that texts do not use. ESC is not among them: ISO-2022 encodings are made of it.
-bool isControl(char character) {
-    const auto code = static_cast<unsigned char>(character);
-    return code == 0x7F || (code < 0x20 && code != 0x1B && (code < 0x08 || code > 0x0D));
+/// How many control characters there are that texts do not use. ESC is not among them: ISO-2022 encodings are
+/// made of it. The counting has no branches and sums up in bytes, so that the compiler makes it one of many
+/// bytes at once.
+std::size_t countControls(std::string_view bytes) {
+    constexpr std::size_t block = 128;  // a sum of as many fits in a byte
+    std::size_t controls = 0;
+    while (!bytes.empty()) {
+        const std::string_view part = bytes.substr(0, block);
+        std::uint8_t sum = 0;
+        for (const char character : part) {
+            const auto code = static_cast<std::uint8_t>(character);
+            const bool low = code < 0x20;
+            const bool used = code == 0x1B || static_cast<std::uint8_t>(code - 0x08) <= 0x0D - 0x08;
+            sum = static_cast<std::uint8_t>(sum + static_cast<std::uint8_t>((low & !used) | (code == 0x7F)));
+        }
+        controls += sum;
+        bytes.remove_prefix(part.size());
+    }
+    return controls;
 }
 
 using Converter = std::unique_ptr<UConverter, decltype(&ucnv_close)>;
@@ -145,8 +169,7 @@ bool looksBinary(std::string_view bytes) {
     if (wide || bytes.empty()) {
         return false;
     }
-    const auto controls = static_cast<std::size_t>(std::count_if(bytes.begin(), bytes.end(), isControl));
-    return std::memchr(bytes.data(), '\0', bytes.size()) != nullptr || controls > 8 + bytes.size() / 50;
+    return holdsNul(bytes) || countControls(bytes) > 8 + bytes.size() / 50;
 }
 
 bool isUtf8(std::string_view text) {
@@ -154,14 +177,16 @@ bool isUtf8(std::string_view text) {
     const auto size = static_cast<std::int64_t>(text.size());
     std::int64_t position = 0;
     while (position < size) {
-        if (bytes[position] < 0x80) {
-            ++position;
-            continue;
-        }
-        UChar32 codePoint = 0;
-        U8_NEXT(bytes, position, size, codePoint);
-        if (codePoint < 0) {
-            return false;
+        position += static_cast<std::int64_t>(base::findByte(
+            text.substr(static_cast<std::size_t>(position)),
+            [](base::ByteChunk chunk) { return chunk.hasBeyondAscii(); },
+            [](char byte) { return (byte & 0x80) != 0; }));
+        while (position < size && bytes[position] >= 0x80) {
+            UChar32 codePoint = 0;
+            U8_NEXT(bytes, position, size, codePoint);
+            if (codePoint < 0) {
+                return false;
+            }
         }
     }
     return true;

@@ -73,6 +73,12 @@ std::string InputFile::head(std::size_t count) const {
     return bytes;
 }
 
+void InputFile::readRest(std::string& bytes) const {
+    const std::size_t known = bytes.size();
+    bytes.resize(std::max(known, static_cast<std::size_t>(size_)));
+    bytes.resize(known + readAt(*this, bytes.data() + known, bytes.size() - known, known));
+}
+
 std::string InputFile::readAll() const {
     return head(static_cast<std::size_t>(size_));
 }

@@ -39,6 +39,9 @@ class InputFile {
     /// The first bytes of the file, at most `count` of them.
     [[nodiscard]] std::string head(std::size_t count) const;
 
+    /// Appends what the file holds behind the bytes that were read of it, to these bytes.
+    void readRest(std::string& bytes) const;
+
     /// All bytes of the file.
     [[nodiscard]] std::string readAll() const;
 

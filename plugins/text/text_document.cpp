@@ -1,7 +1,9 @@
 #include "text/text_document.h"
 
+#include <cstdint>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "base/text.h"
 #include "shared/charset.h"
@@ -27,20 +29,50 @@ void refuseBinary(const std::string& path, std::string_view bytes) {
     }
 }
 
+/// The file's bytes. Most files are no larger than what is looked at before the rest is read.
+std::string readText(const shared::InputFile& file) {
+    std::string bytes = file.head(shared::binarySample);
+    refuseBinary(file.path(), bytes);
+    if (static_cast<std::int64_t>(bytes.size()) < file.size()) {
+        file.readRest(bytes);
+        refuseBinary(file.path(), bytes);
+    }
+    return bytes;
+}
+
+/// The sentences of a plain text, decoded and cut when they are asked for: what is wrong with a file shows
+/// before that.
+class PlainSentences {
+  public:
+    PlainSentences(std::string bytes, std::size_t most) : text_(std::move(bytes)), most_(most) {}
+
+    std::vector<std::string> operator()() {
+        if (!decoded_) {
+            text_ = shared::toUtf8(text_);
+            decoded_ = true;
+        }
+        shared::SentenceCollector sentences(most_);
+        shared::addPlainText(sentences, text_);
+        return sentences.take();
+    }
+
+  private:
+    std::string text_;
+    std::size_t most_;
+    bool decoded_ = false;
+};
+
 }  // namespace
 
 sdk::Document readTextDocument(const std::string& path, std::size_t mostSentences) {
     const shared::InputFile file(path);
-    refuseBinary(path, file.head(shared::binarySample));
-    std::string bytes = file.readAll();
-    refuseBinary(path, bytes);
-    std::string content = shared::toUtf8(std::move(bytes));
+    std::string bytes = readText(file);
 
     sdk::Document document;
     shared::setFileProperties(document, file);
     if (isMarkdown(path)) {
         shared::SentenceCollector sentences(mostSentences);
-        for (std::string& heading : addMarkdown(sentences, content, mostHeadings)) {
+        for (std::string& heading : addMarkdown(sentences, shared::toUtf8(std::move(bytes)), mostHeadings)) {
             document.importantText.push_back({std::move(heading), "heading"});
         }
         if (!document.importantText.empty()) {
@@ -48,11 +80,7 @@ sdk::Document readTextDocument(const std::string& path, std::size_t mostSentence
         }
         document.sentences = sentences.take();
     } else {
-        document.makeSentences = [content = std::move(content), mostSentences] {
-            shared::SentenceCollector sentences(mostSentences);
-            shared::addPlainText(sentences, content);
-            return sentences.take();
-        };
+        document.makeSentences = PlainSentences(std::move(bytes), mostSentences);
     }
     return document;
 }

@@ -72,6 +72,17 @@ TEST(IsUtf8, RefusesSurrogatesAndTornCharacters) {
     EXPECT_TRUE(shared::isUtf8("café"));
 }
 
+TEST(IsUtf8, FindsDamageWhereverItStands) {
+    for (std::size_t size = 0; size < 40; ++size) {
+        std::string text(size, 'a');
+        EXPECT_TRUE(shared::isUtf8(text)) << size;
+        EXPECT_TRUE(shared::isUtf8(text + "é" + text + "日本" + text)) << size;
+        EXPECT_FALSE(shared::isUtf8(text + "\xE9" + text)) << size;
+        EXPECT_FALSE(shared::isUtf8(text + "é\xA9" + text)) << size;
+        EXPECT_FALSE(shared::isUtf8(text + "日\xE6\x9C")) << size;
+    }
+}
+
 TEST(LooksBinary, KnowsCommonFormatsByTheirFirstBytes) {
     EXPECT_TRUE(shared::looksBinary("%PDF-1.7 and then much text"));
     EXPECT_TRUE(shared::looksBinary("PK\x03\x04 and then much text"));
@@ -84,6 +95,36 @@ TEST(LooksBinary, IsTrueForNulBytesOutsideWideText) {
     EXPECT_TRUE(shared::looksBinary(bytesOf("a line of text\0and more", 23)));
     EXPECT_FALSE(shared::looksBinary(bytesOf("\xFF\xFEn\0\xE9\0", 6)));
     EXPECT_FALSE(shared::looksBinary(bytesOf("r\0i\0v\0e\0r\0", 10)));
+}
+
+TEST(LooksBinary, IsTrueForOneNulByteWhereverItStands) {
+    for (const std::size_t place : {1UL, 20UL, 300UL, shared::binarySample - 1, shared::binarySample + 1}) {
+        std::string bytes(shared::binarySample + 100, 'a');
+        EXPECT_FALSE(shared::looksBinary(bytes));
+        bytes[place] = '\0';
+        EXPECT_TRUE(shared::looksBinary(bytes)) << place;
+    }
+}
+
+TEST(LooksBinary, IsTrueForNulBytesOnBothSidesOfThePairs) {
+    std::string bytes;
+    for (int i = 0; i < 100; ++i) {
+        bytes.append("r\0", 2);
+    }
+    EXPECT_FALSE(shared::looksBinary(bytes));
+    EXPECT_TRUE(shared::looksBinary(bytes + std::string(2, '\0')));
+}
+
+TEST(LooksBinary, CountsTheControlCharactersThatTextsDoNotUse) {
+    for (int code = 1; code < 256; ++code) {
+        const char character = static_cast<char>(code);
+        const bool used = (code >= 0x08 && code <= 0x0D) || code == 0x1B;
+        const bool counts = (code < 0x20 && !used) || code == 0x7F;
+        // Eight may be there, and one more for every fifty bytes.
+        EXPECT_FALSE(shared::looksBinary(std::string(990, 'a') + std::string(28, character))) << code;
+        EXPECT_EQ(shared::looksBinary(std::string(990, 'a') + std::string(29, character)), counts) << code;
+    }
+    EXPECT_TRUE(shared::looksBinary(std::string(300, '\x01')));
 }
 
 TEST(LooksBinary, IsTrueForManyControlCharacters) {

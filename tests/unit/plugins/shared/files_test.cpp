@@ -49,6 +49,11 @@ TEST(InputFile, GivesSizeHeadAndWhole) {
     EXPECT_EQ(file.head(4), "0123");
     EXPECT_EQ(file.head(400), "0123456789");
     EXPECT_EQ(file.readAll(), "0123456789");
+    std::string bytes = file.head(4);
+    file.readRest(bytes);
+    EXPECT_EQ(bytes, "0123456789");
+    file.readRest(bytes);
+    EXPECT_EQ(bytes, "0123456789");
 }
 
 TEST(FileProperties, TellLocalTimeAndSize) {

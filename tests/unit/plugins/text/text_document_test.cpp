@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "fakes/temporary_folder.h"
+#include "shared/charset.h"
+#include "shared/sentences.h"
 #include "text/text_extractor.h"
 
 namespace {
@@ -60,6 +62,40 @@ TEST(TextDocument, ReadsOtherEncodings) {
     EXPECT_THAT(read(folder.write("a.txt", std::string("\xFF\xFE\xC9\0t\0\xE9\0", 8))).sentences,
                 ElementsAre("Été"));
     EXPECT_THAT(read(folder.write("b.txt", "caf\xE9 ferm\xE9")).sentences, ElementsAre("café fermé"));
+}
+
+TEST(TextDocument, IsDecodedWhenItsSentencesAreAskedFor) {
+    const fakes::TemporaryFolder folder;
+    sdk::Document document = text::readTextDocument(folder.write("a.txt", "caf\xE9"), 30000);
+    EXPECT_THAT(document.sentences, IsEmpty());
+    sdk::Document copy = document;
+    for (sdk::Document* each : {&document, &copy}) {
+        each->finish();
+        EXPECT_THAT(each->sentences, ElementsAre("café"));
+    }
+}
+
+TEST(TextDocument, ReadsAFileThatIsLargerThanWhatItsKindIsToldBy) {
+    const fakes::TemporaryFolder folder;
+    std::string content;
+    std::vector<std::string> expected;
+    while (content.size() < 3 * shared::binarySample) {
+        expected.push_back("Line " + std::to_string(expected.size()));
+        content += expected.back() + "\n\n";
+    }
+    EXPECT_EQ(read(folder.write("a.txt", content)).sentences, expected);
+    EXPECT_EQ(read(folder.write("a.md", content)).sentences, expected);
+}
+
+TEST(TextDocument, OfUtf16WithoutAMarkMayBeLarge) {
+    const fakes::TemporaryFolder folder;
+    std::string content;
+    for (std::size_t i = 0; i < shared::binarySample; ++i) {
+        content.append("a\0", 2);
+    }
+    const sdk::Document document = read(folder.write("a.txt", content));
+    ASSERT_EQ(document.sentences.size(), 3U);
+    EXPECT_EQ(document.sentences[0], std::string(shared::SentenceCollector::longestSentence, 'a'));
 }
 
 TEST(TextDocument, IsRefusedWhenTheFileIsBinary) {
