@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/byte_chunk.h"
+
 namespace shared {
 namespace {
 
@@ -26,24 +28,45 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+/// How many bytes at the beginning of the text stay as they are when white space is folded: words of ASCII
+/// with one blank between them.
+std::size_t foldedLength(std::string_view text) {
+    using base::ByteChunk;
+    const auto isWord = [](char c) { return c > ' ' && (c & 0x80) == 0; };
+    if (text.empty() || !isWord(text.front())) {
+        return 0;
+    }
+    const auto changes = [](ByteChunk chunk, ByteChunk before) {
+        return chunk.hasBeyondAscii() || chunk.hasLessThan(' ') || chunk.sharesWith(before, ' ');
+    };
+    std::size_t length = 1;
+    while (text.size() - length >= ByteChunk::size &&
+           !changes(ByteChunk(text.data() + length), ByteChunk(text.data() + length - 1))) {
+        length += ByteChunk::size;
+    }
+    while (length < text.size() &&
+           (isWord(text[length]) || (text[length] == ' ' && text[length - 1] != ' '))) {
+        ++length;
+    }
+    return length;
+}
+
 /// Appends `text` with every run of white space as one blank, which is left out at the beginning. NUL counts
 /// as white space: no database stores it in a text.
 void appendWithSingleBlanks(std::string& to, std::string_view text) {
     std::size_t position = 0;
     while (position < text.size()) {
-        const std::size_t start = position;
-        if (static_cast<unsigned char>(text[position]) < 0x80) {
-            ++position;
-            if (!isAsciiBlank(text[start])) {
-                to += text[start];
-            } else if (!to.empty() && to.back() != ' ') {
-                to += ' ';
-            }
-            continue;
+        const std::size_t folded = foldedLength(text.substr(position));
+        to.append(text, position, folded);
+        position += folded;
+        if (position == text.size()) {
+            break;
         }
+        const std::size_t start = position;
         UChar32 codePoint = 0;
         U8_NEXT(text.data(), position, text.size(), codePoint);
-        if (!u_isUWhiteSpace(codePoint)) {
+        const bool ascii = codePoint >= 0 && codePoint < 0x80;
+        if (ascii ? !isAsciiBlank(text[start]) : !u_isUWhiteSpace(codePoint)) {
             to.append(text, start, position - start);
         } else if (!to.empty() && to.back() != ' ') {
             to += ' ';
@@ -98,6 +121,40 @@ bool isWithinAsciiWord(std::string_view text, std::size_t position) {
     return text[position - 1] != ' ' && ((text[position - 1] | text[position]) & 0x80) == 0;
 }
 
+bool isAscii(std::string_view text) {
+    const auto beyond = [](char c) { return (c & 0x80) != 0; };
+    return base::findByte(
+               text, [](base::ByteChunk chunk) { return chunk.hasBeyondAscii(); }, beyond) == text.size();
+}
+
+bool isLetterOrDigit(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+/// Where the first mark stands that may end a sentence of ASCII; the text's size when there is none.
+std::size_t findEndMark(std::string_view text) {
+    return base::findByte(
+        text, [](base::ByteChunk chunk) { return chunk.has('.') || chunk.has('!') || chunk.has('?'); },
+        [](char c) { return c == '.' || c == '!' || c == '?'; });
+}
+
+/// True when a sentence may end within a text of ASCII: there a mark has to end it, then marks that close,
+/// and then a blank. Headings, list items and lines of code rarely have any, and need not be searched.
+bool mayHoldAnEnd(std::string_view text) {
+    for (;;) {
+        text.remove_prefix(findEndMark(text));
+        while (!text.empty() && text.front() != ' ' && !isLetterOrDigit(text.front())) {
+            text.remove_prefix(1);
+        }
+        if (text.empty()) {
+            return false;
+        }
+        if (text.front() == ' ') {
+            return true;
+        }
+    }
+}
+
 std::string_view withoutOuterBlanks(std::string_view line) {
     while (!line.empty() && isAsciiBlank(line.front())) {
         line.remove_prefix(1);
@@ -126,9 +183,15 @@ class SentenceCollector::Breaker {
     Breaker& operator=(const Breaker&) = delete;
     ~Breaker() { utext_close(&text_); }
 
-    void setText(std::string_view text) {
+    void setText(std::string_view text, bool ascii) {
         UErrorCode status = U_ZERO_ERROR;
-        utext_openUTF8(&text_, text.data(), static_cast<std::int64_t>(text.size()), &status);
+        if (ascii) {  // the library reads its own form faster, and the positions are the same
+            wide_.resize(text.size());
+            std::copy(text.begin(), text.end(), wide_.begin());
+            utext_openUChars(&text_, wide_.data(), static_cast<std::int64_t>(wide_.size()), &status);
+        } else {
+            utext_openUTF8(&text_, text.data(), static_cast<std::int64_t>(text.size()), &status);
+        }
         ubrk_setUText(iterator_.get(), &text_, &status);
         if (U_FAILURE(status)) {
             throw std::runtime_error(std::string("cannot find sentences: ") + u_errorName(status));
@@ -159,6 +222,7 @@ class SentenceCollector::Breaker {
 
     Iterator iterator_;
     UText text_ = UTEXT_INITIALIZER;
+    std::u16string wide_;
 };
 
 SentenceCollector::SentenceCollector(std::size_t most)
@@ -188,8 +252,9 @@ void SentenceCollector::endParagraph() {
 void SentenceCollector::cutSentences(bool paragraphEnds) {
     const std::string_view text = paragraph_;
     std::size_t start = 0;
-    if (!trimmed(text).empty()) {
-        breaker_->setText(text);
+    const bool ascii = isAscii(text);
+    if (ascii ? mayHoldAnEnd(text) : !trimmed(text).empty()) {
+        breaker_->setText(text, ascii);
         for (std::size_t end = breaker_->next(text.size()); end < text.size();
              end = breaker_->next(text.size())) {
             const std::string_view sentence = trimmed(text.substr(start, end - start));
@@ -285,9 +350,11 @@ std::string foldWhiteSpace(std::string_view text) {
 }
 
 std::string_view takeLine(std::string_view& text) {
-    const std::size_t end = text.find_first_of("\r\n");
+    const std::size_t end = base::findByte(
+        text, [](base::ByteChunk chunk) { return chunk.has('\n') || chunk.has('\r'); },
+        [](char c) { return c == '\n' || c == '\r'; });
     const std::string_view line = text.substr(0, end);
-    if (end == std::string_view::npos) {
+    if (end == text.size()) {
         text = {};
         return line;
     }

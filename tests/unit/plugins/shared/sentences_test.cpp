@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+
+#include "base/text.h"
 
 namespace {
 
@@ -63,6 +66,77 @@ TEST(Sentences, AreNeverEmptyAndAlwaysTrimmed) {
 
 TEST(Sentences, KeepTextOfScriptsWithoutBlanks) {
     EXPECT_EQ(sentencesOf("今日は雨です。川が高い。"), (Texts{"今日は雨です。", "川が高い。"}));
+}
+
+/// Texts of marks, blanks and words of many kinds, the same in every run.
+std::string madeText(unsigned seed) {
+    static constexpr std::array<std::string_view, 36> pieces{
+        "aqua",    "Aqua",  "12",   "3.5",  "Mr.",  "Dr.",  "Ann.",     "end.)", "(a!)",
+        "\"so?\"", "'No.'", ".",    "!",    "?",    "...",  "?!",       ")",     "(",
+        ",",       ";",     "--",   "2.",   "(3)",  "[1].", "{x!}",     "a.b",   "x?y=aqua",
+        "-",       ":",     "Jan.", "U.S.", "a.m.", "vol.", "\x01\x7F", "aqua.", "aqua!"};
+    std::string text;
+    for (int i = 0; i < 60; ++i) {
+        seed = seed * 1664525 + 1013904223;
+        text.append(pieces[(seed >> 16U) % pieces.size()]).append((seed >> 8U) % 8 == 0 ? "" : " ");
+    }
+    return text;
+}
+
+TEST(Sentences, EndInAsciiWhereTheyEndInOtherText) {
+    for (unsigned seed = 0; seed < 500; ++seed) {
+        const std::string text = madeText(seed);
+        // A small letter within words stands for another one.
+        const auto foreign = [](const std::string& ascii) { return base::replaceAll(ascii, "q", "é"); };
+        Texts expected;
+        for (const std::string& sentence : sentencesOf(text)) {
+            expected.push_back(foreign(sentence));
+        }
+        EXPECT_EQ(sentencesOf(foreign(text)), expected) << text;
+    }
+}
+
+TEST(Sentences, OfALongLineOfMarksLoseNone) {
+    const std::string marks(500000, '.');
+    EXPECT_EQ(joined(sentencesOf(marks)), marks);
+}
+
+TEST(Sentences, EndBehindClosingMarks) {
+    EXPECT_EQ(sentencesOf("(It rose.) (\"It fell!\") [Why?] So."),
+              (Texts{"(It rose.)", "(\"It fell!\")", "[Why?]", "So."}));
+    EXPECT_EQ(sentencesOf("a heading"), (Texts{"a heading"}));
+    EXPECT_EQ(sentencesOf("a heading with an end."), (Texts{"a heading with an end."}));
+    EXPECT_EQ(sentencesOf("call f.g(x) and h.i"), (Texts{"call f.g(x) and h.i"}));
+}
+
+TEST(Sentences, FoldWhiteSpaceOfEveryKindAndLength) {
+    const std::string word = "0123456789abcdefghijklmnopqrstuvwxyz";
+    for (std::size_t length = 1; length <= word.size(); ++length) {
+        const std::string first = word.substr(0, length);
+        for (const std::string_view blank :
+             {" ", "  ", "\t", " \t ", "\v", "\xC2\xA0", " \xE3\x80\x80", "\xE2\x80\xA8"}) {
+            const std::string text = first + std::string(blank) + word + std::string(blank);
+            EXPECT_EQ(shared::foldWhiteSpace(text), first + " " + word) << length;
+        }
+        EXPECT_EQ(shared::foldWhiteSpace(first + "é" + word), first + "é" + word);
+        EXPECT_EQ(shared::foldWhiteSpace(first + "\x01\x1F\x7F" + word), first + "\x01\x1F\x7F" + word);
+        EXPECT_EQ(shared::foldWhiteSpace(first + "\xFF  \x80" + word), first + "\xFF \x80" + word);
+    }
+}
+
+TEST(TakeLine, EndsAtEveryKindOfLineEnd) {
+    for (std::size_t length = 0; length < 40; ++length) {
+        const std::string line(length, 'x');
+        for (const std::string_view end : {"\n", "\r", "\r\n"}) {
+            const std::string text = line + std::string(end) + "\nnext";
+            std::string_view rest = text;
+            EXPECT_EQ(shared::takeLine(rest), line);
+            EXPECT_EQ(rest, end == "\r" ? "next" : "\nnext");
+        }
+        std::string_view rest = line;
+        EXPECT_EQ(shared::takeLine(rest), line);
+        EXPECT_TRUE(rest.empty());
+    }
 }
 
 TEST(Sentences, AreCutAtABlankWhenTheyAreTooLong) {
