@@ -9,6 +9,7 @@
 
 #include "base/runtime_error.h"
 #include "platform/plugin_protocol.h"
+#include "sdk/json_text.h"
 #include "sdk/method_table.h"
 
 namespace sdk {
@@ -51,26 +52,39 @@ json presentError() {
     }
 }
 
-/// Collects the results of several calls until they are enough for one answer.
+std::string textOf(const json& value) {
+    return value.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+/// The answer to a request for several calls: their results, as long as they are not too many for one answer,
+/// and whatever else is to be said.
 class Results {
   public:
-    void add(const base::Variant& value) { add(protocol::valueToJson<json>(value)); }
-    void add(json value) {
-        size_ += value.is_string() ? value.get_ref<const std::string&>().size() : 0;
-        values_.push_back(std::move(value));
+    void add(const base::Variant& value) {
+        const auto* text = std::get_if<std::string>(&value.value());
+        size_ += text == nullptr ? 0 : text->size();
+        answer_ += empty_ ? "" : ",";
+        empty_ = false;
+        appendJson(answer_, value);
     }
     [[nodiscard]] bool full() const {
         return size_ >= answerSize || std::chrono::steady_clock::now() - start_ >= answerTime;
     }
-    [[nodiscard]] json take() { return std::move(values_); }
+    /// Adds a member beside the results.
+    void say(std::string_view name, const json& value) {
+        others_.append(",\"").append(name).append("\":").append(textOf(value));
+    }
+    [[nodiscard]] std::string take() { return std::move(answer_) + "]" + others_ + "}"; }
 
   private:
-    json values_ = json::array();
+    std::string answer_ = R"({"results":[)";
+    std::string others_;
+    bool empty_ = true;
     std::size_t size_ = 0;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-json call(Extractor& extractor, json& params) {
+base::Variant call(Extractor& extractor, json& params) {
     std::vector<base::Variant> arguments;
     for (json& argument : params.at("arguments")) {
         auto value = protocol::valueFromJson(argument);
@@ -79,38 +93,40 @@ json call(Extractor& extractor, json& params) {
         }
         arguments.push_back(std::move(*value));
     }
-    const auto result = callByName(extractor, params.at("method").get<std::string>(), arguments);
-    return {{"result", protocol::valueToJson<json>(result)}};
+    return callByName(extractor, params.at("method").get_ref<const std::string&>(), arguments);
+}
+
+std::string plainCall(Extractor& extractor, json& params) {
+    std::string answer = R"({"result":)";
+    appendJson(answer, call(extractor, params));
+    return answer + "}";
 }
 
 /// Several calls in one request. A call whose result is not the expected one is the last.
-json sequence(Extractor& extractor, json& params) {
+std::string sequence(Extractor& extractor, json& params) {
     json& calls = params.at("calls");
     Results results;
-    json answer = json::object();
     try {
         for (json& step : calls) {
-            json result = call(extractor, step)["result"];
+            const base::Variant result = call(extractor, step);
+            results.add(result);
             const auto expected = step.find("expect");
-            const bool goesOn = expected == step.end() || result == *expected;
-            results.add(std::move(result));
+            const bool goesOn = expected == step.end() || protocol::valueToJson<json>(result) == *expected;
             if (!goesOn || results.full()) {
                 break;
             }
         }
     } catch (const std::exception&) {
-        answer["error"] = presentError();
+        results.say("error", presentError());
     }
-    answer["results"] = results.take();
-    return answer;
+    return results.take();
 }
 
-json range(Extractor& extractor, const json& params) {
+std::string range(Extractor& extractor, const json& params) {
     const auto methods = params.at("methods").get<std::vector<std::string>>();
     const auto first = params.at("first").get<std::int32_t>();
     const auto last = params.at("last").get<std::int32_t>();
     Results results;
-    json answer = json::object();
     try {
         for (std::int64_t index = first; index <= last && !results.full(); ++index) {
             for (const std::string& method : methods) {
@@ -119,35 +135,35 @@ json range(Extractor& extractor, const json& params) {
             }
         }
     } catch (const std::exception&) {
-        answer["error"] = presentError();
+        results.say("error", presentError());
     }
-    answer["results"] = results.take();
-    return answer;
+    return results.take();
 }
 
-json whileMore(Extractor& extractor, const json& params) {
+std::string whileMore(Extractor& extractor, const json& params) {
     const auto more = params.at("more").get<std::string>();
     const auto next = params.at("next").get<std::string>();
     const auto count = params.at("count").get<std::int32_t>();
     Results results;
-    json answer = {{"more", true}};
+    bool goesOn = true;
     const std::string* method = &more;
     try {
         for (std::int32_t taken = 0; taken < count && !results.full(); ++taken) {
             method = &more;
-            if (!callByName(extractor, more, {}).toBool()) {
-                answer["more"] = false;
+            goesOn = callByName(extractor, more, {}).toBool();
+            if (!goesOn) {
                 break;
             }
             method = &next;
             results.add(callByName(extractor, next, {}));
         }
     } catch (const std::exception&) {
-        answer["error"] = presentError();
-        answer["error"]["method"] = *method;
+        json error = presentError();
+        error["method"] = *method;
+        results.say("error", error);
     }
-    answer["results"] = results.take();
-    return answer;
+    results.say("more", goesOn);
+    return results.take();
 }
 
 }  // namespace
@@ -155,7 +171,8 @@ json whileMore(Extractor& extractor, const json& params) {
 PluginServer::PluginServer(ExtractorFactory factory) : factory_(std::move(factory)) {}
 
 std::string PluginServer::answer(std::string_view line) {
-    json reply = {{"jsonrpc", "2.0"}, {"id", nullptr}};
+    json id = nullptr;
+    std::string outcome;
     try {
         json request = json::parse(line, nullptr, false);
         if (request.is_discarded()) {
@@ -164,22 +181,22 @@ std::string PluginServer::answer(std::string_view line) {
         if (!request.is_object() || !request.contains("id") || !request["method"].is_string()) {
             throw ProtocolError(protocol::invalidRequest, "the line is not a JSON-RPC request");
         }
-        reply["id"] = request["id"];
-        json& params = request["params"];
-        reply["result"] = perform(request["method"].get_ref<const std::string&>(), params);
+        id = request["id"];
+        outcome =
+            R"("result":)" + perform(request["method"].get_ref<const std::string&>(), request["params"]);
     } catch (...) {
-        reply["error"] = presentError();
+        outcome = R"("error":)" + textOf(presentError());
     }
-    // Bytes that are no UTF-8 become U+FFFD: a document in a strange encoding must not end the plug-in.
-    return reply.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
+    return R"({"jsonrpc":"2.0","id":)" + textOf(id) + "," + outcome + "}\n";
 }
 
-json PluginServer::perform(const std::string& method, json& params) {
+/// Gives the result as JSON text.
+std::string PluginServer::perform(const std::string& method, json& params) {
     if (method == protocol::createMethod) {
         return create();
     }
     if (method == protocol::callMethod) {
-        return call(object(params.at("object")), params);
+        return plainCall(object(params.at("object")), params);
     }
     if (method == protocol::sequenceMethod) {
         return sequence(object(params.at("object")), params);
@@ -192,15 +209,15 @@ json PluginServer::perform(const std::string& method, json& params) {
     }
     if (method == protocol::releaseMethod) {
         release(params.at("object"));
-        return nullptr;
+        return "null";
     }
     throw ProtocolError(protocol::methodNotFound, "there is no method \"" + method + "\"");
 }
 
-json PluginServer::create() {
+std::string PluginServer::create() {
     auto extractor = factory_();
     objects_[++lastHandle_] = std::move(extractor);
-    return lastHandle_;
+    return std::to_string(lastHandle_);
 }
 
 void PluginServer::release(std::int64_t handle) {

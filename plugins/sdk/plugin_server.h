@@ -22,8 +22,8 @@ class PluginServer {
     std::string answer(std::string_view line);
 
   private:
-    nlohmann::json perform(const std::string& method, nlohmann::json& params);
-    nlohmann::json create();
+    std::string perform(const std::string& method, nlohmann::json& params);
+    std::string create();
     void release(std::int64_t handle);
     [[nodiscard]] Extractor& object(std::int64_t handle) const;
 

@@ -69,7 +69,7 @@ class LineReader {
 
   private:
     bool fill() {
-        std::array<char, 65536> block{};
+        std::array<char, 65536> block;  // filled by the system
         for (;;) {
             const ssize_t count = read(file_, block.data(), block.size());
             if (count > 0) {

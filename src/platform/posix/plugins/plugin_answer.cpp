@@ -5,6 +5,7 @@
 
 #include "base/runtime_error.h"
 #include "platform/plugin_protocol.h"
+#include "platform/posix/plugins/plain_answer.h"
 
 namespace platform::posix {
 namespace {
@@ -73,6 +74,9 @@ void readResult(json& result, PluginAnswer& answer) {
 }  // namespace
 
 std::optional<PluginAnswer> readAnswer(std::string_view line) {
+    if (auto plain = readPlainAnswer(line)) {
+        return plain;
+    }
     json message = json::parse(line, nullptr, false);
     if (!isAnswer(message)) {
         return std::nullopt;

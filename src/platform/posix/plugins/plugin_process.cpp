@@ -147,7 +147,7 @@ void PluginProcess::exchange(std::string_view called, Deadline deadline, millise
 }
 
 void PluginProcess::receive(std::string_view called) {
-    std::array<char, 65536> block{};
+    std::array<char, 65536> block;  // filled by the system
     const ssize_t count = read(child_.output(), block.data(), block.size());
     if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
         return;
