@@ -4,7 +4,8 @@
 //
 // SetDocumentID takes what the document is like: "300" has 300 items of each kind; "300 unknown" does not
 // know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB;
-// "3 lasterror 7" answers 7 to GetLastErrorNumber; "3 broken title" raises an error for the property title;
+// "3 lasterror 7" answers 7 to GetLastErrorNumber, "3 tagerror 7" only
+// after it was asked for its number of meta tags; "3 broken title" raises an error for the property title;
 // "3 closed" cannot be opened.
 #include <algorithm>
 #include <csignal>
@@ -36,6 +37,7 @@ struct Document {
     bool closed = false;
     int errorAt = 0;
     int lastError = 0;
+    int tagError = 0;
     std::string brokenProperty;
     int read = 0;
 };
@@ -155,6 +157,9 @@ class FaultyPlugin {
             if (word == "lasterror") {
                 words >> document.lastError;
             }
+            if (word == "tagerror") {
+                words >> document.tagError;
+            }
             if (word == "broken") {
                 words >> document.brokenProperty;
             }
@@ -165,6 +170,9 @@ class FaultyPlugin {
     static json item(Document& document, const std::string& method, const json& arguments) {
         if (method == "GetNumberOfSentences" && document.unknown) {
             return -1;
+        }
+        if (method == "GetNumberofMetaTags" && document.tagError != 0) {
+            document.lastError = document.tagError;
         }
         if (method.starts_with("GetNumber")) {
             return document.items;

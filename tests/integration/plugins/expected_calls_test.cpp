@@ -83,8 +83,38 @@ TEST_F(ExpectedCalls, AreMadeOnceForADocumentThatHasNothing) {
                             "GetNumberofImportantText", "GetLastErrorNumber", "GetNumberofAnnotations",
                             "GetLastErrorNumber", "GetNumberofMetaTags", "GetLastErrorNumber",
                             "GetNumberofSubDocuments"));
-    EXPECT_EQ(asked("a.plugin", "sequence").size(), 4U);
-    EXPECT_EQ(asked("a.plugin", "call").size(), 2U) << "more than the opening and the sub-documents";
+    EXPECT_EQ(asked("a.plugin", "sequence").size(), 5U);
+    EXPECT_EQ(asked("a.plugin", "call").size(), 1U) << "more than the opening";
+}
+
+TEST_F(ExpectedCalls, FollowMetaTags) {
+    readDocument(*open("a.plugin", "2"), 2);
+    EXPECT_EQ(asked("a.plugin", "step GetNumberofSubDocuments").size(), 1U);
+    EXPECT_THAT(asked("a.plugin", "call \"GetNumberofSubDocuments"), IsEmpty());
+}
+
+TEST_F(ExpectedCalls, DoNotFollowAnErrorNumberThatTheEngineAsksTheTextOf) {
+    auto object = open("a.plugin", "0 tagerror 7");
+    readProperties(*object);
+    EXPECT_EQ(call(*object, "GetNumberOfSentences"), base::Variant(0));
+    readItems(*object, "GetNumberofImportantText", {}, 0);
+    readItems(*object, "GetNumberofAnnotations", {}, 0);
+    EXPECT_EQ(call(*object, "GetNumberofMetaTags"), base::Variant(0));
+    EXPECT_EQ(call(*object, "GetLastErrorNumber"), base::Variant(7));
+    call(*object, "Echo", "text");  // answered after everything that was asked before it
+    EXPECT_THAT(asked("a.plugin", "step GetNumberofSubDocuments"), IsEmpty());
+    EXPECT_EQ(call(*object, "GetNumberofSubDocuments"), base::Variant(0));
+}
+
+TEST_F(ExpectedCalls, LeaveTheEngineItsDocumentWhenTheProcessDiesOverTheNextCall) {
+    auto object = open("dies.GetNumberofSubDocuments", "0");
+    readProperties(*object);
+    EXPECT_EQ(call(*object, "GetNumberOfSentences"), base::Variant(0));
+    for (const char* count : {"GetNumberofImportantText", "GetNumberofAnnotations", "GetNumberofMetaTags"}) {
+        readItems(*object, count, {}, 0);
+    }
+    EXPECT_THAT(errorOf([&] { call(*object, "GetNumberofSubDocuments"); }).description(),
+                HasSubstr("GetNumberofSubDocuments: the plug-in process ended (signal 9)"));
 }
 
 TEST_F(ExpectedCalls, FollowSentencesOfAnUnknownNumber) {
@@ -163,7 +193,7 @@ TEST_F(ExpectedCalls, DoNotFollowADocumentThatIsOpenedByItsKey) {
 
 TEST_F(ExpectedCalls, AreMadePlainlyWhereAnAnswerEndsEarly) {
     readDocument(*open("fewer.plugin", "2"), 2);
-    EXPECT_EQ(asked("fewer.plugin", "step").size(), 3U) << "one of each answer";
+    EXPECT_EQ(asked("fewer.plugin", "step").size(), 4U) << "one of each answer";
 }
 
 TEST_F(ExpectedCalls, KeepWhatCameBeforeADeath) {

@@ -117,10 +117,16 @@ void ExpectedCalls::takeResults(std::string_view called, PluginAnswer& answer) {
     }
     std::move(answer.results->begin(), answer.results->end(), std::back_inserter(results_));
     error_ = answer.itemError;
-    if (!error_ && results_.size() == most) {
+    if (!error_ && results_.size() == most && endedAsExpected()) {
         sequences_ = sequences_.subspan(1);
         post();  // the process works on these while the engine works on the others
     }
+}
+
+/// Whether the last call of the sequence gave what the calls behind it depend on.
+bool ExpectedCalls::endedAsExpected() const {
+    const auto& expected = sequences_.front().back().expected;
+    return !expected || results_.back() == base::Variant(*expected);
 }
 
 }  // namespace platform::posix

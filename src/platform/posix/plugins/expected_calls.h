@@ -31,7 +31,8 @@ class ExpectedCalls {
     explicit ExpectedCalls(PluginTarget target) : target_(target) {}
 
     /// Asks for the first of the sequences now, and for each other when the one before has been answered to
-    /// its end. Does nothing for a process that knows no such request. The sequences must live on.
+    /// its end and as expected. Does nothing for a process that knows no such request. The sequences must
+    /// live on.
     void ask(std::span<const ExpectedSequence> sequences);
 
     /// The answer to the next call in order; nothing when the call is another one and has to be made as it
@@ -45,6 +46,7 @@ class ExpectedCalls {
     void post();
     bool receive(std::string_view called);
     void takeResults(std::string_view called, PluginAnswer& answer);
+    [[nodiscard]] bool endedAsExpected() const;
 
     PluginTarget target_;
     std::span<const ExpectedSequence> sequences_;  // the first is the one that was asked last

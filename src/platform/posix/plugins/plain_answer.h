@@ -1,5 +1,6 @@
 // A plain answer is one without dates, errors or anything unusual, as nearly all are, and those that hold a
-// document's sentences above all. They are read in one pass, without the JSON library's tree of values between.
+// document's sentences above all. They are read in one pass, without the JSON library's tree of values
+// between.
 #pragma once
 
 #include <optional>

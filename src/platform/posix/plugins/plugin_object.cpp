@@ -55,12 +55,16 @@ constexpr std::array counts{ExpectedCall{.method = "GetNumberofImportantText", .
                             ExpectedCall{.method = "GetNumberofAnnotations", .expected = 0},
                             ExpectedCall{.method = "GetLastErrorNumber", .expected = 0},
                             ExpectedCall{.method = "GetNumberofMetaTags", .expected = 0},
-                            ExpectedCall{"GetLastErrorNumber"}};
+                            ExpectedCall{.method = "GetLastErrorNumber", .expected = 0}};
 constexpr std::size_t fromAnnotations = 2;
+/// Before this the engine writes what it has, which is the longest piece of its work.
+constexpr std::array subDocuments{ExpectedCall{"GetNumberofSubDocuments"}};
 
 const std::array<ExpectedSequence, 3> afterOpening{properties, modification, sentences};
-const std::array<ExpectedSequence, 1> afterSentences{counts};
-const std::array<ExpectedSequence, 1> afterImportantText{ExpectedSequence(counts).subspan(fromAnnotations)};
+const std::array<ExpectedSequence, 2> afterSentences{counts, subDocuments};
+const std::array<ExpectedSequence, 2> afterImportantText{ExpectedSequence(counts).subspan(fromAnnotations),
+                                                         subDocuments};
+const std::array<ExpectedSequence, 1> afterMetaTags{subDocuments};
 
 }  // namespace
 
@@ -146,11 +150,15 @@ void PluginObject::learn(std::string_view method, const base::Variant& result) {
 void PluginObject::expectWhatFollowsItems() {
     RangeReader& bodySentences = ranges_[0];
     RangeReader& importantText = ranges_[1];
+    RangeReader& metaTags = ranges_[3];
     if (bodySentences.takeEnd() || while_.takeEnd()) {
         expected_.ask(afterSentences);
     }
     if (importantText.takeEnd()) {
         expected_.ask(afterImportantText);
+    }
+    if (metaTags.takeEnd()) {
+        expected_.ask(afterMetaTags);
     }
 }
 
