@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -9,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/brief_spin.h"
 #include "sdk/extractor.h"
 #include "sdk/plugin_server.h"
 
@@ -69,7 +71,9 @@ class LineReader {
 
   private:
     bool fill() {
-        std::array<char, 65536> block;  // filled by the system
+        pollfd input{file_, POLLIN, 0};
+        spin_.until([&input] { return poll(&input, 1, 0) != 0; });  // the service often asks on at once
+        std::array<char, 65536> block;                              // filled by the system
         for (;;) {
             const ssize_t count = read(file_, block.data(), block.size());
             if (count > 0) {
@@ -84,6 +88,7 @@ class LineReader {
     }
 
     int file_;
+    base::BriefSpin spin_;
     std::string buffer_;
 };
 
