@@ -19,7 +19,6 @@ struct Column {
 struct Table {
     std::vector<Column> columns;
     bool hasAutoNumber = false;
-    bool takesEveryRow = false;  // no key, constraint or trigger can refuse or change one
 };
 
 class ColumnCatalog {

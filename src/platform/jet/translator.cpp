@@ -17,7 +17,6 @@ class Translator {
           columns_(tokens_, catalog) {
         const Table* table = columns_.insertTable().empty() ? nullptr : catalog.table(columns_.insertTable());
         result_.givesAutoNumber = table != nullptr && table->hasAutoNumber;
-        result_.takesEveryRow = table != nullptr && table->takesEveryRow;
     }
 
     Translation run() {

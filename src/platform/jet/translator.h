@@ -40,7 +40,6 @@ struct Translation {
     std::vector<Origin> origins;        // ascending
     bool readsIdentity = false;
     bool givesAutoNumber = false;  // an INSERT into a table with an AutoNumber
-    bool takesEveryRow = false;    // an INSERT into a table that refuses no row
 
     /// The byte of the shape from which a byte of the text came.
     [[nodiscard]] std::size_t shapePosition(std::size_t position) const;

@@ -74,8 +74,8 @@ TakenSignal::~TakenSignal() {
 
 SignalWaiter::SignalWaiter() {
     // Linux lets waits run over by 50 microseconds so as to wake a sleeping machine less often. A backlog is
-    // worked off with one wait per document, and when there is none the waits are seconds long. A system that
-    // knows no such thing only waits longer.
+    // worked off with one wait per document, and when there is none the waits are seconds long. Plug-ins
+    // inherit it; they wait for the service only. A system that knows no such thing only waits longer.
     static_cast<void>(prctl(PR_SET_TIMERSLACK, 1UL));
     if (!isIgnored(SIGHUP)) {
         hangUp_.emplace(SIGHUP);

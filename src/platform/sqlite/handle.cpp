@@ -53,8 +53,9 @@ void Handle::Closer::operator()(sqlite3* database) const {
 
 Handle::Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared)
     : file_(path), database_(openFile(path)), catalog_(database_.get()), prepared_(prepared) {
+    auto end = LibraryFile::End::isThere;
     try {
-        const LibraryFile::End end = file_.checkContent(database_.get());
+        end = file_.checkContent(database_.get());
         openDatabase(options);
         if (end == LibraryFile::End::mayBeInLog) {
             checkPages();
@@ -63,8 +64,10 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
         restoreIndexStatistics(database_.get());
     } catch (...) {
         forgetIdleShapes();  // a file with statements left is not closed
-        // What is in the log stays there: whoever mends the file may need both as they were found.
-        leaveLogAlone();
+        if (end == LibraryFile::End::mayBeInLog) {
+            // Whoever mends the file may need it and what is in the log as they were found.
+            leaveLogAlone();
+        }
         throw;
     }
 }
@@ -119,8 +122,11 @@ void Handle::checkPages() {
     static constexpr const char* check = "PRAGMA quick_check(1)";
     Statement statement = prepare(check, 0, Texts::stay);
     if (!statement.step(check) || statement.row(*statement.columns()).at(0).toText() != "ok") {
-        throw base::RuntimeError(base::ErrorNumber::databaseError,
-                                 "The library \"" + path() + "\" is damaged; restore it from a copy");
+        throw base::RuntimeError(
+            base::ErrorNumber::databaseError,
+            "The library \"" + path() +
+                "\" is damaged; restore it from a copy, and remove the -wal and -shm files "
+                "that are left beside it");
     }
 }
 
@@ -136,7 +142,7 @@ void Handle::openDatabase(const HandleOptions& options) {
     run(("PRAGMA wal_autocheckpoint = " + std::to_string(checkpointBytes / pageSize)).c_str());
     run("PRAGMA temp_store = MEMORY");
     run(("PRAGMA cache_size = -" + std::to_string(options.cacheKibibytes)).c_str());
-    schemaVersion_ = pragmaNumber("PRAGMA schema_version");
+    schemaVersion_ = schemaVersion();
 }
 
 void Handle::checkIsLibrary() {
@@ -150,7 +156,7 @@ void Handle::checkIsLibrary() {
 
 void Handle::refresh() {
     checkFile();
-    const std::int64_t version = pragmaNumber("PRAGMA schema_version");
+    const std::int64_t version = schemaVersion();
     if (version != schemaVersion_) {
         forgetIdleShapes();
         catalog_.forget();
@@ -167,6 +173,10 @@ void Handle::run(const char* sql) {
     }
 }
 
+std::int64_t Handle::schemaVersion() {
+    return pragmaNumber("PRAGMA schema_version");
+}
+
 std::int64_t Handle::pragmaNumber(const char* pragma) {
     Statement statement = prepare(pragma, 0, Texts::stay);
     if (!statement.step(pragma)) {
@@ -176,7 +186,7 @@ std::int64_t Handle::pragmaNumber(const char* pragma) {
 }
 
 bool Handle::insertLater(std::string_view text) {
-    return isInTransaction() && rows_.take(read(text), lexed_, text);
+    return rows_.isFor(text) && rows_.take(read(text), lexed_, text);
 }
 
 void Handle::insert(PreparedShape& shape, std::span<const jet::ParameterValue> values,
@@ -188,7 +198,11 @@ void Handle::insert(PreparedShape& shape, std::span<const jet::ParameterValue> v
 
 Statement Handle::prepare(std::string_view text, std::int32_t identity, Texts texts) {
     rows_.write(text);
-    Statement statement = take(read(text), text);
+    PreparedShape& shape = read(text);
+    if (!lexed_.isTranslatable()) {
+        rows_.doubtTables();  // it changes them, or begins a transaction
+    }
+    Statement statement = take(shape, text);
     statement.bind(lexed_, identity, texts, text);
     return statement;
 }

@@ -52,7 +52,7 @@ class Handle {
     [[nodiscard]] bool isSound() noexcept;
 
     /// Takes the row that the statement inserts, to be written together with others; false when it has to
-    /// run as it is. Raises a RuntimeError, and the row is not taken then.
+    /// run as it is. Raises a RuntimeError when rows cannot be written, and the transaction has ended then.
     bool insertLater(std::string_view text);
 
     /// Runs an insert with the values of its rows.
@@ -62,6 +62,9 @@ class Handle {
     Statement prepare(std::string_view text, std::int32_t identity, Texts texts);
 
     [[nodiscard]] bool isInTransaction() const;
+
+    /// Changes with every change of the tables, by whomever.
+    std::int64_t schemaVersion();
 
     /// Ends a transaction that has failed; does nothing where none is open.
     void rollBackQuietly() noexcept;

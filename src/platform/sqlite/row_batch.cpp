@@ -1,11 +1,12 @@
 #include "platform/sqlite/row_batch.h"
 
-#include <algorithm>
+#include <memory>
 #include <span>
 #include <string>
 #include <utility>
 
 #include "platform/sqlite/handle.h"
+#include "platform/sqlite/library_schema.h"
 
 namespace platform::sqlite {
 namespace {
@@ -16,6 +17,17 @@ constexpr std::size_t rowsAtOnce = 16;
 // Longer ones take so long by themselves that keeping a copy would cost more than it saves.
 constexpr std::size_t longestStatement = 8192;
 
+struct Kind {
+    std::string_view table;
+    std::string_view insertHead;  // as the service builds it
+};
+constexpr std::array<Kind, 2> rowKinds = {
+    {{"word_index",
+      "INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "
+      "first_matching_sentence ) VALUES( "},
+     {"ascii_sentences",
+      "INSERT INTO ascii_sentences(id_document_object, sentence_length, content, num_sentence) VALUES("}}};
+
 /// The values of one row as they stand in a translated insert: "( ?1 , ?2 )", numbered from a row's first.
 std::string tuple(std::size_t parameters, std::size_t row) {
     std::string text = "(";
@@ -25,11 +37,10 @@ std::string tuple(std::size_t parameters, std::size_t row) {
     return text + " )";
 }
 
-/// The insert of one row as an insert of many; empty when it does not end in one tuple of parameters.
+/// The insert of one row as an insert of many; empty when its values are not one tuple of literals.
 std::string insertOfMany(const jet::Translation& insert) {
     const std::size_t parameters = insert.parameters.size();
-    const std::string one = "VALUES " + tuple(parameters, 0);
-    if (parameters == 0 || !insert.text.ends_with(one) || insert.readsIdentity) {
+    if (parameters == 0 || insert.readsIdentity || !insert.text.ends_with("VALUES " + tuple(parameters, 0))) {
         return {};
     }
     std::string many = insert.text;
@@ -37,6 +48,18 @@ std::string insertOfMany(const jet::Translation& insert) {
         many.append(", ").append(tuple(parameters, row));
     }
     return many;
+}
+
+bool canBeMany(PreparedShape& shape) {
+    if (shape.many == nullptr) {
+        std::string many = insertOfMany(shape.translation);
+        if (many.empty()) {
+            return false;
+        }
+        shape.many = std::make_unique<PreparedShape>();
+        shape.many->translation.text = std::move(many);
+    }
+    return true;
 }
 
 /// Keeps a value beyond the statement that holds it.
@@ -53,12 +76,55 @@ void keep(jet::ParameterValue& kept, jet::ParameterValue value) {
 
 }  // namespace
 
-bool RowBatch::take(PreparedShape& shape, const jet::LexedStatement& lexed, std::string_view text) {
-    if (text.size() > longestStatement) {
+bool RowBatch::isFor(std::string_view insert) {
+    static_assert(rowKinds.size() == kinds);
+    if (insert.size() > longestStatement || !handle_.isInTransaction()) {
         return false;
     }
+    for (std::size_t kind = 0; kind < kinds; ++kind) {
+        if (insert.starts_with(rowKinds[kind].insertHead)) {
+            return takesEveryRow(kind);
+        }
+    }
+    return false;
+}
+
+/// Within a transaction nobody else changes the tables, so that one look at the version is enough.
+bool RowBatch::takesEveryRow(std::size_t kind) {
+    if (!knowsSchema_) {
+        const std::int64_t version = handle_.schemaVersion();
+        if (version != schemaVersion_) {
+            takesEveryRow_.fill(Answer::unknown);
+            schemaVersion_ = version;
+        }
+        knowsSchema_ = true;
+    }
+    Answer& answer = takesEveryRow_.at(kind);
+    if (answer == Answer::unknown) {
+        answer = isAsMade(rowKinds[kind].table) ? Answer::yes : Answer::no;
+    }
+    return answer == Answer::yes;
+}
+
+bool RowBatch::isAsMade(std::string_view table) {
+    const std::string name = "'" + std::string(table) + "' COLLATE NOCASE";
+    const std::string ask = "SELECT coalesce(sql, '') AS made FROM sqlite_schema WHERE tbl_name = " + name +
+                            " UNION ALL SELECT '' FROM sqlite_temp_schema WHERE tbl_name = " + name;
+    Statement parts = handle_.prepare(ask, 0, Texts::stay);
+    bool isThere = false;
+    while (parts.step(ask)) {
+        isThere = true;
+        const std::string made = parts.row(*parts.columns()).at(0).toText();
+        if (made.empty() || librarySchema().find(made + ";") == std::string_view::npos) {
+            return false;
+        }
+    }
+    return isThere;
+}
+
+bool RowBatch::take(PreparedShape& shape, const jet::LexedStatement& lexed, std::string_view text) {
     if (shape_ != &shape) {
-        if (!canGather(shape)) {
+        if (!canBeMany(shape)) {
             return false;
         }
         write(text);
@@ -67,26 +133,9 @@ bool RowBatch::take(PreparedShape& shape, const jet::LexedStatement& lexed, std:
     }
     add(lexed);
     if (rows_ == rowsAtOnce) {
-        try {
-            write(text);
-        } catch (...) {
-            --rows_;  // whoever gets the error brings this row again
-            throw;
-        }
+        write(text);
     }
     return true;
-}
-
-bool RowBatch::canGather(PreparedShape& shape) {
-    if (shape.many == nullptr && shape.translation.takesEveryRow) {
-        shape.translation.takesEveryRow = false;
-        std::string many = insertOfMany(shape.translation);
-        if (!many.empty()) {
-            shape.many = std::make_unique<PreparedShape>();
-            shape.many->translation.text = std::move(many);
-        }
-    }
-    return shape.many != nullptr;
 }
 
 void RowBatch::add(const jet::LexedStatement& lexed) {
@@ -107,30 +156,28 @@ void RowBatch::write(std::string_view text) {
         return;
     }
     if (!handle_.isInTransaction()) {
-        forget();  // SQLite has ended the transaction by itself, for want of space or the like
+        forget();  // SQLite has ended the transaction by itself
         return;
     }
-    const std::size_t parameters = shape_->translation.parameters.size();
-    std::size_t written = 0;
-    const auto insert = [&](PreparedShape& shape, std::size_t rows) {
-        handle_.insert(shape, std::span(values_).subspan(written * parameters, rows * parameters), text);
-        written += rows;
-    };
     try {
-        if (rows_ == rowsAtOnce) {
-            insert(*shape_->many, rows_);
-        }
-        while (written < rows_) {
-            insert(*shape_, 1);
-        }
+        writeRows(text);
     } catch (...) {
-        // What is written already is not written again.
-        std::rotate(values_.begin(), values_.begin() + static_cast<std::ptrdiff_t>(written * parameters),
-                    values_.end());
-        rows_ -= written;
+        handle_.rollBackQuietly();
         throw;
     }
     forget();
+}
+
+void RowBatch::writeRows(std::string_view text) {
+    const std::span values(values_);
+    const std::size_t parameters = shape_->translation.parameters.size();
+    if (rows_ == rowsAtOnce) {
+        handle_.insert(*shape_->many, values.first(rows_ * parameters), text);
+        return;
+    }
+    for (std::size_t row = 0; row < rows_; ++row) {
+        handle_.insert(*shape_, values.subspan(row * parameters, parameters), text);
+    }
 }
 
 void RowBatch::forget() noexcept {

@@ -55,17 +55,7 @@ const jet::Table* TableCatalog::table(std::string_view name) const {
 }
 
 std::unique_ptr<jet::Table> TableCatalog::read(const std::string& name) const {
-    // A trigger on the deletion of hits (see the schema) has nothing to say about a new one.
-    static constexpr std::string_view sql =
-        "SELECT name, type, pk, (SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = ?1 "
-        "COLLATE "
-        "NOCASE AND NOT (sql LIKE '%CHECK%' OR sql LIKE '%REFERENCES%' OR sql LIKE '%NOT NULL%' OR sql LIKE "
-        "'%UNIQUE%' OR sql LIKE '%PRIMARY%' OR sql LIKE '%GENERATED%' OR sql LIKE '%VIRTUAL%')) = 1 AND NOT "
-        "EXISTS "
-        "(SELECT 1 FROM sqlite_schema WHERE type = 'trigger' AND tbl_name = ?1 COLLATE NOCASE AND name NOT "
-        "IN "
-        "('word_index_deleted', 'word_index_updated')) AND NOT EXISTS (SELECT 1 FROM pragma_index_list(?1) "
-        "WHERE [unique] <> 0) FROM pragma_table_info(?1)";
+    static constexpr std::string_view sql = "SELECT name, type, pk FROM pragma_table_info(?)";
     sqlite3_stmt* raw = nullptr;
     int code = sqlite3_prepare_v2(database_, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
     const std::unique_ptr<sqlite3_stmt, Finaliser> statement(raw);
@@ -81,7 +71,6 @@ std::unique_ptr<jet::Table> TableCatalog::read(const std::string& name) const {
             const std::string_view type = columnText(raw, 1);
             table->columns.push_back({std::string(columnText(raw, 0)), columnType(type)});
             const bool isKey = sqlite3_column_int(raw, 2) != 0;
-            table->takesEveryRow = sqlite3_column_int(raw, 3) != 0;
             keyColumns += isKey ? 1 : 0;
             keyIsInteger = keyIsInteger || (isKey && base::equalsIgnoringCase(type, "INTEGER"));
         }

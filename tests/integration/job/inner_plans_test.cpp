@@ -64,7 +64,8 @@ class InnerPlans : public job_tests::WholeJobs {
 
 TEST_F(InnerPlans, NoStatementThatIsRunReadsAGrowingTableFromEndToEnd) {
     constexpr std::array beginnings = {
-        "SELECT name, type, pk, ",                                       // what is known of a table
+        "SELECT name, type, pk FROM ",                                   // what is known of a table
+        "SELECT coalesce ( sql ",                                        // whether it is as it was made
         "SELECT ( SELECT count ( * ) FROM sqlite_schema WHERE type = ",  // whether words may be kept
         "UPDATE sqlite_sequence SET seq = max ",                         // keys for words,
         "UPDATE sqlite_sequence SET seq = ?1 WHERE ",                    // given back

@@ -13,11 +13,12 @@ namespace {
 
 /// Tables that any statement may read from end to end: an operator's few rows, whatever the library holds.
 /// A table that is kept short by other means, whatever the library holds, belongs here too.
-constexpr std::array<std::string_view, 10> tablesOfBoundedSize = {
+constexpr std::array<std::string_view, 11> tablesOfBoundedSize = {
     "search_weight", "word_noise", "prv_rules", "prv_rules_annotation",
     "word_purge",  // one row: how far the words without rows are known
     // What SQLite keeps of the tables themselves.
-    "sqlite_schema", "sqlite_sequence", "sqlite_stat1", "pragma_table_info", "pragma_index_list"};
+    "sqlite_schema", "sqlite_temp_schema", "sqlite_sequence", "sqlite_stat1", "pragma_table_info",
+    "pragma_index_list"};
 
 /// How much of a table is read: all of it, or a few rows in each group of a grouped index.
 enum class Reading { whole, groups };

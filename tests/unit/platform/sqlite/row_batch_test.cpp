@@ -151,17 +151,87 @@ TEST_F(RowBatchTest, ARowThatAConstraintRefusesIsRefusedToItsOwnStatement) {
     }
 }
 
-TEST_F(RowBatchTest, ATriggerMadeBetweenTwoConnectionsIsHeeded) {
+TEST_F(RowBatchTest, WhatAnotherProgramAddsToTheTableIsHeededFromTheNextTransactionOn) {
+    for (const std::string addition :
+         {"CREATE TRIGGER refusal BEFORE INSERT ON word_index WHEN NEW.id_root_word = 1 BEGIN SELECT "
+          "RAISE(FAIL, 'not again'); END",
+          "CREATE UNIQUE INDEX refusal ON word_index (id_root_word)"}) {
+        run("DELETE * FROM word_index");
+        connection().beginTrans();
+        addHit(1);
+        connection().commitTrans();
+        connect()->execute(addition);
+        connection().beginTrans();
+        addHit(2);
+        EXPECT_FALSE(errorOf([&] { addHit(1); }).empty()) << addition;
+        addHit(3);
+        connection().commitTrans();
+        EXPECT_EQ(words(), numbers(3)) << addition;
+        run(addition.starts_with("CREATE TRIGGER") ? "DROP TRIGGER refusal" : "DROP INDEX refusal");
+    }
+}
+
+TEST_F(RowBatchTest, WhatTheConnectionItselfAddsToTheTableIsHeededAtOnce) {
     connection().beginTrans();
     addHit(1);
-    connection().commitTrans();
-    connection().close();
-    connection_.reset();
-    connect()->execute(
-        "CREATE TRIGGER refusal BEFORE INSERT ON word_index BEGIN SELECT RAISE(ABORT, 'no more'); END");
-    connection().beginTrans();
+    run("CREATE TRIGGER word_index_inserted BEFORE INSERT ON word_index BEGIN SELECT RAISE(ABORT, 'no "
+        "more'); "
+        "END");
     EXPECT_NE(errorOf([&] { addHit(2); }).find("no more"), std::string::npos);
+    run("DROP TRIGGER word_index_inserted");
+    addHit(2);
     connection().commitTrans();
+    EXPECT_EQ(words(), numbers(2));
+}
+
+TEST_F(RowBatchTest, ATriggerIsNoKnownOneByItsNameAlone) {
+    run("DROP TRIGGER word_index_deleted");
+    run("CREATE TRIGGER word_index_deleted BEFORE INSERT ON word_index BEGIN SELECT RAISE(ABORT, 'no more'); "
+        "END");
+    connection().beginTrans();
+    EXPECT_NE(errorOf([&] { addHit(1); }).find("no more"), std::string::npos);
+    connection().commitTrans();
+}
+
+TEST_F(RowBatchTest, ATableThatChecksTypesRefusesARowToItsOwnStatement) {
+    run("DROP TABLE ascii_sentences");
+    run("CREATE TABLE ascii_sentences (id_document_object INT, sentence_length INT, content TEXT, "
+        "num_sentence "
+        "INT) STRICT");
+    connection().beginTrans();
+    for (int i = 1; i <= 20; ++i) {
+        EXPECT_EQ(errorOf([&] {
+                      run("INSERT INTO ascii_sentences(id_document_object, sentence_length, content, "
+                          "num_sentence) VALUES(7,1,'a'," +
+                          (i == 16 ? std::string("'x'") : std::to_string(i)) + ")");
+                  }).empty(),
+                  i != 16);
+    }
+    connection().commitTrans();
+    EXPECT_EQ(texts("SELECT num_sentence FROM ascii_sentences", "num_sentence").size(), 19);
+}
+
+TEST_F(RowBatchTest, ValuesThatAreNoLiteralsKeepTheirPlaceInTheOrder) {
+    connection().beginTrans();
+    addHit(1);
+    run("INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "
+        "first_matching_sentence ) VALUES( 7, 1 , 2, 0, 1+1, NULL )");
+    addHit(3);
+    connection().commitTrans();
+    EXPECT_EQ(words(), numbers(3));
+}
+
+TEST_F(RowBatchTest, ARowThatCannotBeReadIsRefusedAndTheOthersStay) {
+    connection().beginTrans();
+    addHit(1);
+    EXPECT_FALSE(
+        errorOf([&] {
+            run("INSERT INTO word_index ( id_document_object, hit_count, comp_type, type, id_root_word, "
+                "first_matching_sentence ) VALUES( 7, 1 , 2, 0, 2 )");
+        }).empty());
+    addHit(2);
+    connection().commitTrans();
+    EXPECT_EQ(words(), numbers(2));
 }
 
 TEST_F(RowBatchTest, WhereTheLibraryIsFullTheErrorComesAndTheTransactionIsGone) {
