@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,7 +9,6 @@
 #include <string>
 #include <string_view>
 
-#include "base/brief_spin.h"
 #include "sdk/extractor.h"
 #include "sdk/plugin_server.h"
 
@@ -71,9 +69,7 @@ class LineReader {
 
   private:
     bool fill() {
-        pollfd input{file_, POLLIN, 0};
-        spin_.until([&input] { return poll(&input, 1, 0) != 0; });  // the service often asks on at once
-        std::array<char, 65536> block;                              // filled by the system
+        std::array<char, 65536> block;  // filled by the system
         for (;;) {
             const ssize_t count = read(file_, block.data(), block.size());
             if (count > 0) {
@@ -88,7 +84,6 @@ class LineReader {
     }
 
     int file_;
-    base::BriefSpin spin_;
     std::string buffer_;
 };
 

@@ -134,10 +134,7 @@ void PluginProcess::exchange(std::string_view called, Deadline deadline, millise
     }
     std::array<pollfd, 2> files{{{child_.output(), POLLIN, 0}, {child_.input(), POLLOUT, 0}}};
     const nfds_t count = outgoing_.empty() ? 1 : 2;
-    int ready = 0;
-    if (!spin_.until([&] { return (ready = poll(files.data(), count, 0)) != 0; })) {
-        ready = poll(files.data(), count, static_cast<int>(std::min<long long>(left, 1 << 30)));
-    }
+    const int ready = poll(files.data(), count, static_cast<int>(std::min<long long>(left, 1 << 30)));
     if (ready < 0 && errno != EINTR) {
         fault(called, "the service cannot wait for the plug-in process");
     }

@@ -12,7 +12,6 @@
 #include <string>
 #include <string_view>
 
-#include "base/brief_spin.h"
 #include "platform/posix/plugins/child_process.h"
 #include "platform/posix/plugins/plugin_answer.h"
 
@@ -80,7 +79,6 @@ class PluginProcess {
     std::string progId_;
     std::size_t largestAnswer_;
     ChildProcess child_;
-    base::BriefSpin spin_;
     std::set<RequestId> expected_;
     std::set<RequestId> abandoned_;
     std::map<RequestId, PluginAnswer> arrived_;
