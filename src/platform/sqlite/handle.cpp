@@ -9,6 +9,7 @@
 
 #include "base/runtime_error.h"
 #include "platform/sqlite/index_statistics.h"
+#include "platform/sqlite/log_vfs.h"
 #include "platform/sqlite/sqlite_error.h"
 
 namespace platform::sqlite {
@@ -33,7 +34,7 @@ sqlite3* openFile(const std::string& path) {
     sqlite3* database = nullptr;
     const int code =
         sqlite3_open_v2(path.c_str(), &database,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, logVfs());
     if (code != SQLITE_OK) {
         try {
             raiseError(database, code, "Opening the library \"" + path + "\"");
@@ -141,6 +142,7 @@ void Handle::openDatabase(const HandleOptions& options) {
     const std::int64_t pageSize = std::max<std::int64_t>(pragmaNumber("PRAGMA page_size"), 1);
     run(("PRAGMA wal_autocheckpoint = " + std::to_string(checkpointBytes / pageSize)).c_str());
     run("PRAGMA temp_store = MEMORY");
+    run("PRAGMA cache_spill = OFF");  // see log_vfs.h
     run(("PRAGMA cache_size = -" + std::to_string(options.cacheKibibytes)).c_str());
     schemaVersion_ = schemaVersion();
 }

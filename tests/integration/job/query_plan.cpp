@@ -47,13 +47,14 @@ constexpr std::array<AllowedReading, 7> allowedReadings = {{
 
 /// Statements for which SQLite tells no plan, and which read and write a few rows or pages. Others without a
 /// plan, such as the check of a whole library, may take any time.
-constexpr std::array<std::string_view, 12> boundedWithoutPlan = {
+constexpr std::array<std::string_view, 13> boundedWithoutPlan = {
     "INSERT INTO ",
     "BEGIN IMMEDIATE",
     "COMMIT",
     "DELETE FROM word_release",  // gives back the pages that filled since the last load of the caches
     "ANALYZE sqlite_schema",     // reads what is known of the indexes, and no table
     "PRAGMA cache_size",
+    "PRAGMA cache_spill",
     "PRAGMA journal_mode",
     "PRAGMA page_size",
     "PRAGMA schema_version",
