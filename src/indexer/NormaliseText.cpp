@@ -24,9 +24,9 @@ constexpr std::array<char, 256> wordCharacters = makeWordCharacters();
 }  // namespace
 
 void NormaliseText(std::string_view text, std::string& words) {
-    words.clear();
     // Every character that separates adds one blank, and so does the end.
-    words.reserve(text.size() + 1);
+    words.resize(text.size() + 1);
+    std::size_t size = 0;       // of what has been written of `words`
     std::size_t wordStart = 0;  // in `words`
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char byte = text[i];
@@ -36,7 +36,7 @@ void NormaliseText(std::string_view text, std::string& words) {
         }
         const auto code = static_cast<unsigned char>(byte);
         if (const char character = wordCharacters[code]; character != 0) {
-            words.push_back(character);
+            words[size++] = character;
             continue;
         }
         // The bytes that follow the first of a character are part of the same separator.
@@ -44,15 +44,16 @@ void NormaliseText(std::string_view text, std::string& words) {
         if (continues && i > 0 && static_cast<unsigned char>(text[i - 1]) >= 0x80) {
             continue;
         }
-        words.push_back(' ');
-        wordStart = words.size();
+        words[size++] = ' ';
+        wordStart = size;
     }
     // The last word has no separator behind it. It counts only when it has more than one character.
-    if (words.size() - wordStart > 1) {
-        words.push_back(' ');
+    if (size - wordStart > 1) {
+        words[size++] = ' ';
     } else {
-        words.resize(wordStart);
+        size = wordStart;
     }
+    words.resize(size);
 }
 
 std::string NormaliseText(std::string_view text) {

@@ -146,7 +146,12 @@ void RowBatch::add(const jet::LexedStatement& lexed) {
     }
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const jet::Parameter& parameter = parameters[i];
-        keep(values_[first + i], jet::parameterValue(lexed.literals()[parameter.literal], parameter.column));
+        const jet::Literal& literal = lexed.literals()[parameter.literal];
+        if (const auto whole = jet::plainWholeNumber(literal, parameter.column)) {
+            values_[first + i] = *whole;
+        } else {
+            keep(values_[first + i], jet::parameterValue(literal, parameter.column));
+        }
     }
     ++rows_;
 }

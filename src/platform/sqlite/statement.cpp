@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <system_error>
@@ -40,18 +39,11 @@ struct Binder {
 };
 
 int bindLiteral(const Binder& binder, const jet::Literal& literal, const jet::MetColumn& column) {
-    // Nearly all literals are texts and whole numbers of a few digits, for columns that take them as they
-    // are.
-    if (column.type != jet::ColumnType::date && column.type != jet::ColumnType::boolean) {
-        if (literal.kind == jet::Literal::Kind::text) {
-            return binder(literal.value);
-        }
-        std::int64_t whole = 0;
-        const char* end = literal.value.data() + literal.value.size();
-        const auto read = std::from_chars(literal.value.data(), end, whole);
-        if (read.ec == std::errc() && read.ptr == end) {
-            return binder(whole);
-        }
+    if (const auto whole = jet::plainWholeNumber(literal, column)) {
+        return binder(*whole);
+    }
+    if (literal.kind == jet::Literal::Kind::text && column.type == jet::ColumnType::text) {
+        return binder(literal.value);
     }
     // What is made for the engine goes with this call.
     return std::visit(Binder{binder.statement, binder.number, Texts::vanish},
