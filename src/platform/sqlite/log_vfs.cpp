@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -19,12 +20,17 @@ constexpr std::size_t commitMarkEnd = 8;
 // SQLite's own layer cannot write 128 KiB at once.
 constexpr std::size_t mostBuffered = std::size_t{64} * 1024;
 
+constexpr std::size_t largestPage = 65536;
+
 /// What has been added to a log and is not in the file yet. As long as no page leaves the cache before its
 /// transaction ends, SQLite adds the pages of a transaction one after the other, all in one go that ends with
 /// the commit mark: nothing is ever left here, to be written over what others have added meanwhile.
 class LogBuffer {
   public:
-    explicit LogBuffer(sqlite3_file& file) : file_(file) {}
+    /// All the memory there is need of: SQLite does not count on a write that fails for want of it.
+    explicit LogBuffer(sqlite3_file& file) : file_(file) {
+        bytes_.reserve(mostBuffered + frameHeaderSize + largestPage);
+    }
 
     int write(const void* data, int size, sqlite3_int64 offset) {
         if (size == frameHeaderSize) {
@@ -44,14 +50,8 @@ class LogBuffer {
         }
         const int code =
             file_.pMethods->xWrite(&file_, bytes_.data(), static_cast<int>(bytes_.size()), start_);
-        bytes_.clear();
+        bytes_.clear();  // a transaction whose pages cannot be written fails as a whole
         return code;
-    }
-
-    /// The transaction whose pages cannot be kept fails as a whole.
-    void forget() {
-        hasHeader_ = false;
-        bytes_.clear();
     }
 
   private:
@@ -110,7 +110,6 @@ int passOn(sqlite3_file* log, Method method, Arguments... arguments) {
 }
 
 int closeLog(sqlite3_file* log) {
-    bufferOf(log).flush();
     delete &bufferOf(log);
     return fileOf(log).pMethods->xClose(&fileOf(log));
 }
@@ -119,13 +118,8 @@ int readLog(sqlite3_file* log, void* data, int size, sqlite3_int64 offset) {
     return passOn(log, &sqlite3_io_methods::xRead, data, size, offset);
 }
 
-int writeLog(sqlite3_file* log, const void* data, int size, sqlite3_int64 offset) noexcept {
-    try {
-        return bufferOf(log).write(data, size, offset);
-    } catch (const std::bad_alloc&) {
-        bufferOf(log).forget();
-        return SQLITE_NOMEM;
-    }
+int writeLog(sqlite3_file* log, const void* data, int size, sqlite3_int64 offset) {
+    return bufferOf(log).write(data, size, offset);
 }
 
 using Methods = sqlite3_io_methods;
@@ -168,49 +162,43 @@ int openFile(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, 
         return own->xOpen(own, name, file, flags, outFlags);
     }
     file->pMethods = nullptr;  // no file, unless all goes well
-    auto* buffer = new (std::nothrow) LogBuffer(fileOf(file));
-    if (buffer == nullptr) {
+    std::unique_ptr<LogBuffer> buffer;
+    try {
+        buffer = std::make_unique<LogBuffer>(fileOf(file));
+    } catch (const std::bad_alloc&) {
         return SQLITE_NOMEM;
     }
     const int code = own->xOpen(own, name, &fileOf(file), flags, outFlags);
     if (code != SQLITE_OK) {
-        delete buffer;
         return code;
     }
-    reinterpret_cast<LogFile*>(file)->buffer = buffer;
+    reinterpret_cast<LogFile*>(file)->buffer = buffer.release();
     file->pMethods = &logMethods;
     return SQLITE_OK;
 }
 
-/// SQLite's own file system but for the opening of files. Its other methods work on names and need to know
-/// their own structure.
-sqlite3_vfs* makeVfs() {
-    static sqlite3_vfs vfs;
+/// SQLite's own file system but for the opening of files, which alone needs the structure that it belongs to.
+const char* registerVfs() {
     sqlite3_vfs* own = sqlite3_vfs_find(nullptr);
+    if (own == nullptr) {
+        return nullptr;  // SQLite cannot start, and says so when a file is opened
+    }
+    static sqlite3_vfs vfs;
     vfs = *own;
     vfs.zName = "tyindexer-log";
     vfs.pNext = nullptr;
     vfs.pAppData = own;
     vfs.szOsFile = static_cast<int>(sizeof(LogFile)) + own->szOsFile;
     vfs.xOpen = openFile;
-    vfs.xDelete = [](sqlite3_vfs* log, const char* name, int sync) {
-        return ownVfs(log)->xDelete(ownVfs(log), name, sync);
-    };
-    vfs.xAccess = [](sqlite3_vfs* log, const char* name, int flags, int* result) {
-        return ownVfs(log)->xAccess(ownVfs(log), name, flags, result);
-    };
-    vfs.xFullPathname = [](sqlite3_vfs* log, const char* name, int size, char* path) {
-        return ownVfs(log)->xFullPathname(ownVfs(log), name, size, path);
-    };
-    return sqlite3_vfs_register(&vfs, 0) == SQLITE_OK ? &vfs : own;
+    return sqlite3_vfs_register(&vfs, 0) == SQLITE_OK ? vfs.zName : nullptr;
 }
 
 }  // namespace
 
 const char* logVfs() {
     // Not before SQLite has been configured.
-    static const sqlite3_vfs* const vfs = makeVfs();
-    return vfs->zName;
+    static const char* const name = registerVfs();
+    return name;
 }
 
 }  // namespace platform::sqlite

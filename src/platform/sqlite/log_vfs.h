@@ -6,9 +6,9 @@
 
 namespace platform::sqlite {
 
-/// The name to open a library with, for connections that let no page leave the cache before its transaction
-/// ends (PRAGMA cache_spill = OFF). The log is in the file before a commit ends: whoever reads it, also after
-/// a crash, finds it as ever.
+/// The name to open a library with (null for SQLite's own file system where this one cannot be had), for
+/// connections that let no page leave the cache before its transaction ends (PRAGMA cache_spill = OFF). The
+/// log is in the file before a commit ends: whoever reads it, also after a crash, finds it as ever.
 const char* logVfs();
 
 }  // namespace platform::sqlite
