@@ -20,11 +20,12 @@ class LogVfsTest : public LibraryTest {
     /// wrong with the library.
     std::string leftByCrash(const std::string& column) {
         const std::string copy = folder_ / "copy.db";
-        for (const char* suffix : {"", "-wal"}) {
-            std::filesystem::copy_file(path() + suffix, copy + suffix,
-                                       std::filesystem::copy_options::overwrite_existing);
+        for (const char* suffix : {"", "-wal", "-shm"}) {
+            std::filesystem::remove(copy + suffix);
         }
-        std::filesystem::remove(copy + "-shm");
+        for (const char* suffix : {"", "-wal"}) {
+            std::filesystem::copy_file(path() + suffix, copy + suffix);
+        }
         platform::SqliteEngine other;
         const auto looking = other.open({copy, {}, {}, {}});
         const std::string check = looking->query("PRAGMA integrity_check")->field("integrity_check").toText();
