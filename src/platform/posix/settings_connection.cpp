@@ -14,7 +14,12 @@ namespace platform::posix {
 namespace {
 
 constexpr int busyMilliseconds = 5000;
+constexpr std::int64_t checkpointBytes = 4LL * 1024 * 1024;  // of the log, which then moves into the file
 constexpr std::int64_t applicationId = 0x54595353;  // "TYSS" in the file's header: a Tessaly settings store
+
+// A setting of a few bytes takes a whole page of the log when it is written. A file that has pages already
+// keeps their size.
+constexpr const char* smallPages = "PRAGMA page_size = 1024";
 
 constexpr const char* tables =
     "BEGIN IMMEDIATE;"
@@ -256,6 +261,7 @@ SettingsStatus SettingsDatabase::Connection::verify() {
     if (mode_ == Mode::shared) {
         // Refused where the file cannot be written; readers do not need it.
         static_cast<void>(execute("PRAGMA journal_mode = WAL"));
+        sqlite3_wal_autocheckpoint(database_.get(), static_cast<int>(checkpointBytes / pageSize));
         rememberLog();
         findLogHeader();
     }
@@ -263,7 +269,9 @@ SettingsStatus SettingsDatabase::Connection::verify() {
 }
 
 SettingsStatus SettingsDatabase::Connection::makeTables() {
-    // Refused while another process makes the same file; verify tries again.
+    // The pages first: the log's mode writes one. The mode is refused while another process makes the same
+    // file; verify tries again.
+    static_cast<void>(execute(smallPages));
     static_cast<void>(execute("PRAGMA journal_mode = WAL"));
     const SettingsStatus status = execute(tables);
     if (status != SettingsStatus::success) {

@@ -139,12 +139,14 @@ TEST(SettingsMemory, IsNotToldOnceAProcessHasWrittenThatOpenedAndClosedTheFile) 
 TEST(SettingsMemory, IsNotToldOnceAnotherProcessHasTakenTheLogIntoTheFile) {
     const fakes::TemporaryFolder folder;
     const std::string path = folder / "settings.db";
-    constexpr int manyCommits = 1500;  // the log is taken in and started anew about every thousand
+    // The log is taken in and started anew about every five hundred: each writes the eight pages of a text.
+    constexpr int manyCommits = 700;
+    const auto rest = [](int i) { return std::string(8000, i % 2 == 0 ? '.' : ':'); };
     OtherProcess other([&](int turn) {
         SettingsFile file(path);
         bool stored = true;
         for (int i = 0; i < manyCommits; ++i) {
-            stored = stored && save(file, "name", std::to_string(turn) + "." + std::to_string(i));
+            stored = stored && save(file, "name", std::to_string(turn) + "." + std::to_string(i) + rest(i));
         }
         return stored;
     });
@@ -153,8 +155,10 @@ TEST(SettingsMemory, IsNotToldOnceAnotherProcessHasTakenTheLogIntoTheFile) {
     ASSERT_TRUE(save(file, "beside", "stays"));
     for (int turn = 1; turn <= 3; ++turn) {
         EXPECT_EQ(ask(file, "beside"), "stays");
+        const auto before = std::filesystem::last_write_time(path);
         ASSERT_TRUE(other.takeTurn());
-        EXPECT_EQ(ask(file, "name"), std::to_string(turn) + ".1499");
+        EXPECT_GT(std::filesystem::last_write_time(path), before) << "the log was not taken in";
+        EXPECT_EQ(ask(file, "name"), std::to_string(turn) + ".699" + rest(699));
         EXPECT_EQ(ask(file, "beside"), "stays");
     }
 }
