@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace platform::sqlite {
@@ -13,6 +14,9 @@ struct FileStatus {
     std::uint64_t device = 0;
     std::uint64_t number = 0;  // of the file on its device
     std::int64_t size = 0;
+    /// The stamp of the last change. Nothing where the system tells none (Windows), and as long as a further
+    /// change might get the same.
+    std::optional<std::int64_t> changed;
     std::string error;  // the system's words for why it cannot be reached
 };
 

@@ -117,8 +117,13 @@ void LibraryFile::checkSame(sqlite3* database) {
     if (now.size == 0) {
         fail("has been emptied since it was opened");
     }
-    // Every statement outside a transaction asks this, so the file is not asked for its size once more.
-    static_cast<void>(checkContent(openFile(database), now.size));
+    // Every statement outside a transaction asks this, so the file is not asked for its size once more, and
+    // its header is not read again as long as nobody has written to the file.
+    if (now.changed && now.changed == whole_) {
+        return;
+    }
+    const End end = checkContent(openFile(database), now.size);
+    whole_ = end == End::isThere ? now.changed : std::nullopt;
 }
 
 bool LibraryFile::isInPlace() const noexcept {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/sqlite/file_status.h"
@@ -40,6 +41,7 @@ class LibraryFile {
 
     std::string path_;
     FileStatus seen_;
+    std::optional<std::int64_t> whole_;  // the stamp at which the header was read and the end was there
 };
 
 }  // namespace platform::sqlite

@@ -1,10 +1,26 @@
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
 
+#include "platform/sqlite/file_status.h"
 #include "unit/platform/sqlite/library_fixture.h"
 
 namespace {
+
+using platform::sqlite::fileStatus;
+
+/// A file's stamp, once nobody has written to it for as long as that takes. None where the file system counts
+/// whole seconds.
+std::optional<std::int64_t> stampAfterRest(const std::string& path) {
+    constexpr int manyLooks = 10'000'000;
+    std::optional<std::int64_t> stamp;
+    for (int look = 0; look < manyLooks && !stamp; ++look) {
+        stamp = fileStatus(path).changed;
+    }
+    return stamp;
+}
 
 class LibraryFileTest : public LibraryTest {
   protected:
@@ -67,22 +83,40 @@ TEST_F(LibraryFileTest, RaisesWhenTheFileIsReplacedByATextFile) {
 }
 
 /// Overwrites a library that is in use, closes it, and tells whether the text is still what was written.
-class OverwrittenLibrary : public LibraryFileTest, public testing::WithParamInterface<std::size_t> {};
+class OverwrittenLibrary : public LibraryFileTest, public testing::WithParamInterface<std::size_t> {
+  protected:
+    /// Uses the library when nobody has written to its file for so long that its header is not read again.
+    void rest() {
+        ASSERT_TRUE(stampAfterRest(path()));
+        run("DELETE * FROM root_word WHERE id = 0");
+        run("DELETE * FROM root_word WHERE id = 0");
+    }
+
+    void overwriteAndLookAgain() {
+        const std::string text(GetParam(), 'x');
+        std::fstream file(path(), std::ios::in | std::ios::out | std::ios::binary);
+        file << text;
+        file.close();
+        EXPECT_NE(
+            errorOf([this] { run("INSERT INTO root_word ( word ) VALUES( 'boat')"); }).find("no SQLite file"),
+            std::string::npos);
+        const auto size = std::filesystem::file_size(path());
+        connection_.reset();
+        EXPECT_NE(openError(path()).find("no SQLite file"), std::string::npos);
+        EXPECT_EQ(std::filesystem::file_size(path()), size);
+        EXPECT_EQ(folder_.read("library.db").substr(0, text.size()), text);
+    }
+};
 
 TEST_P(OverwrittenLibrary, IsNoticedRefusedAndLeftAsItIs) {
     run("INSERT INTO root_word ( word ) VALUES( 'river')");
-    const std::string text(GetParam(), 'x');
-    std::fstream file(path(), std::ios::in | std::ios::out | std::ios::binary);
-    file << text;
-    file.close();
-    EXPECT_NE(
-        errorOf([this] { run("INSERT INTO root_word ( word ) VALUES( 'boat')"); }).find("no SQLite file"),
-        std::string::npos);
-    const auto size = std::filesystem::file_size(path());
-    connection_.reset();
-    EXPECT_NE(openError(path()).find("no SQLite file"), std::string::npos);
-    EXPECT_EQ(std::filesystem::file_size(path()), size);
-    EXPECT_EQ(folder_.read("library.db").substr(0, text.size()), text);
+    overwriteAndLookAgain();
+}
+
+TEST_P(OverwrittenLibrary, IsNoticedAfterALongRest) {
+    run("INSERT INTO root_word ( word ) VALUES( 'river')");
+    rest();
+    overwriteAndLookAgain();
 }
 
 INSTANTIATE_TEST_SUITE_P(SmallerAndLargerThanTheLibrary, OverwrittenLibrary, testing::Values(200, 3000000));
@@ -97,6 +131,16 @@ TEST_F(LibraryFileTest, RaisesWhenTheFileLosesItsEndWhileThereIsALog) {
     connection_.reset();
     EXPECT_FALSE(openError(path()).empty());
     EXPECT_EQ(std::filesystem::file_size(path()), size);
+}
+
+TEST_F(LibraryFileTest, TellsItsStampOnlyWhenAFurtherChangeWillGetAnother) {
+    const std::optional<std::int64_t> stamp = stampAfterRest(path());
+    ASSERT_TRUE(stamp);
+    EXPECT_EQ(fileStatus(path()).changed, stamp);
+    for (int i = 0; i < 20; ++i) {
+        folder_.write("library.db", std::to_string(i));
+        ASSERT_NE(fileStatus(path()).changed, stamp);
+    }
 }
 
 TEST_F(LibraryFileTest, TheOldLibrarysLogIsNotLaidOverTheOneInItsPlace) {
