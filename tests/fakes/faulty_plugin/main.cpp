@@ -1,6 +1,7 @@
 // A plug-in that misbehaves on demand. The name under which it is started says how and where: "dies.Echo"
-// dies when Echo is called, "exits.start" exits before it reads anything, "minimal.plugin" knows neither
-// range nor while nor sequence. What it is asked is written to the file of its name with ".log" behind it.
+// dies when Echo is called, "exits.start" exits before it reads anything, "hangs.create2" hangs when it is
+// asked for its second object, "minimal.plugin" knows neither range nor while nor sequence. What it is asked
+// is written to the file of its name with ".log" behind it.
 //
 // SetDocumentID takes what the document is like: "300" has 300 items of each kind; "300 unknown" does not
 // know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB;
@@ -62,6 +63,7 @@ class FaultyPlugin {
 
   private:
     void reply(int id, const std::string& method, const json& params) {
+        const std::string place = placeOf(method);
         log_ << method;
         for (const char* part : {"method", "methods", "arguments", "first", "last", "count"}) {
             if (params.contains(part) && !(params[part].is_array() && params[part].empty())) {
@@ -69,9 +71,12 @@ class FaultyPlugin {
             }
         }
         log_ << std::endl;
-        misbehaveAt(method, id);
+        misbehaveAt(place, id);
         json answer = {{"jsonrpc", "2.0"}, {"id", id}};
         try {
+            if (fault_ == "refuses" && place == place_) {
+                throw Failure{1234, "it went wrong"};
+            }
             answer["result"] = perform(method, params, id);
         } catch (const Failure& failure) {
             answer["error"] = {{"code", failure.code}, {"message", failure.message}};
@@ -80,11 +85,26 @@ class FaultyPlugin {
             std::cout << answer.dump() << std::endl;
         }
         answered_ = false;
-        if (fault_ == "chatters" && method == place_) {
-            std::cout << "by the way" << std::endl;
+        if (place == place_) {
+            misbehaveAfterTheAnswer();
         }
-        if (fault_ == "dozes" && method == place_) {
+    }
+
+    /// The request's method; with a number behind it when this one of them is the place to misbehave.
+    std::string placeOf(const std::string& method) {
+        const std::string numbered = method + std::to_string(++requests_[method]);
+        return numbered == place_ ? numbered : method;
+    }
+
+    void misbehaveAfterTheAnswer() const {
+        if (fault_ == "chatters") {
+            std::cout << "by the way" << std::endl;
+        } else if (fault_ == "dozes") {
             stop();
+        } else if (fault_ == "halts") {  // until it is told to go on
+            raise(SIGSTOP);
+        } else if (fault_ == "quits") {
+            std::_Exit(0);
         }
     }
 
@@ -329,6 +349,7 @@ class FaultyPlugin {
     std::string fault_;
     std::string place_;
     std::map<int, Document> documents_;
+    std::map<std::string, int> requests_;  // how many of each method
     int last_ = 0;
     bool answered_ = false;
 };

@@ -1,6 +1,4 @@
-#include <poll.h>
 #include <sys/ptrace.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +11,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using plugin_test::PluginTest;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -104,6 +103,51 @@ TEST_F(PluginFaults, AProcessThatHangsBetweenDocumentsCostsNoDocument) {
     shortLimits_ = 1;  // the time that the process that hangs gets
     auto next = open("hangs.release", "1");
     EXPECT_NE(call(*next, "GetProcessID"), first);
+}
+
+TEST_F(PluginFaults, AProcessThatHangsOverTheNextObjectIsKilledWhenADocumentHasWaitedForIt) {
+    auto object = open("hangs.create2", "1");
+    const pid_t first = call(*object, "GetProcessID").toInt32();
+    object.reset();
+    shortLimits_ = 1;
+    auto next = open("hangs.create2", "1");
+    EXPECT_NE(call(*next, "GetProcessID"), base::Variant(first));
+    EXPECT_EQ(kill(first, 0), -1);
+    EXPECT_EQ(errno, ESRCH);
+}
+
+TEST_F(PluginFaults, AProcessThatEndsAfterItHasMadeTheNextObjectIsReplacedWithoutAnError) {
+    auto object = open("quits.create2", "1");
+    const pid_t first = call(*object, "GetProcessID").toInt32();
+    object.reset();
+    ASSERT_TRUE(ends(first));
+    auto next = open("quits.create2", "1");
+    EXPECT_NE(call(*next, "GetProcessID"), base::Variant(first));
+    EXPECT_EQ(item(*next, "GetMetaTagText", 1), "GetMetaTagText1");
+}
+
+TEST_F(PluginFaults, AProcessThatMakesNoProperNextObjectIsReplacedWithoutAnError) {
+    for (const std::string& progId : {"understates.create2"s, "mumbles.create2"s, "dies.create2"s}) {
+        auto object = open(progId, "1");
+        const auto first = call(*object, "GetProcessID");
+        object.reset();
+        auto next = open(progId, "1");
+        EXPECT_NE(call(*next, "GetProcessID"), first) << progId;
+    }
+}
+
+TEST_F(PluginFaults, AFirstObjectWithoutANumberIsAnErrorOfTheCreation) {
+    EXPECT_EQ(errorOf([&] { create("understates.create"); }).description(),
+              "understates.create: create: the plug-in answered without the number of an object");
+}
+
+TEST_F(PluginFaults, AProcessThatHangsOverAnObjectThatNobodyNeedsEndsWithTheFactory) {
+    {
+        platform::posix::PluginFactory factory({folder_.path()}, nullptr);
+        std::filesystem::create_symlink(FAULTY_PLUGIN, folder_ / "hangs.create2");
+        factory.create("hangs.create2");
+    }
+    EXPECT_TRUE(noChildIsLeft());
 }
 
 TEST_F(PluginFaults, OverAnAttachmentCostTheDocumentAroundItNothing) {
@@ -242,19 +286,6 @@ pid_t runService(const Service& service) {
     close(tell[0]);
     waitpid(id, nullptr, 0);
     return told;
-}
-
-/// Waits for the end of a process that is nobody's child here.
-bool ends(pid_t process) {
-    const auto handle = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
-    if (handle < 0) {
-        return errno == ESRCH;
-    }
-    constexpr int patience = 60'000;
-    pollfd ended{handle, POLLIN, 0};
-    const bool hasEnded = poll(&ended, 1, patience) == 1;
-    close(handle);
-    return hasEnded;
 }
 
 TEST_F(PluginFaults, APluginDiesWithTheService) {

@@ -4,6 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -56,6 +61,19 @@ class PluginTest : public testing::Test {
             return error;
         }
         return {0, "no error was raised"};
+    }
+
+    /// Waits for the end of a process, which stays to be taken notice of if it is a child.
+    static bool ends(pid_t process) {
+        const auto handle = static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+        if (handle < 0) {
+            return errno == ESRCH;
+        }
+        constexpr int patience = 60'000;
+        pollfd ended{handle, POLLIN, 0};
+        const bool hasEnded = poll(&ended, 1, patience) == 1;
+        close(handle);
+        return hasEnded;
     }
 
     /// What the faulty plug-in was asked, leaving out the other requests.

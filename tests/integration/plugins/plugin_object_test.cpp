@@ -1,3 +1,5 @@
+#include <sys/wait.h>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -9,6 +11,13 @@ namespace {
 using plugin_test::PluginTest;
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+/// Waits for a child of this process to be stopped by a signal.
+void waitUntilItHalts(pid_t process) {
+    siginfo_t info{};
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(process), &info, WSTOPPED | WEXITED | WNOWAIT), 0);
+    ASSERT_EQ(info.si_code, CLD_STOPPED);
+}
 
 class PluginObject : public PluginTest {};
 
@@ -42,6 +51,58 @@ TEST_F(PluginObject, LeavesOneProcessOfItsProgIdWaiting) {
     EXPECT_EQ(kill(first, 0), 0);
     EXPECT_EQ(kill(second, 0), -1);
     EXPECT_EQ(errno, ESRCH);
+}
+
+TEST_F(PluginObject, IsAskedForAsSoonAsTheOneBeforeIsReleased) {
+    auto object = create("quits.create2");  // ends as soon as it has answered
+    const pid_t process = call(*object, "GetProcessID").toInt32();
+    object.reset();
+    ASSERT_TRUE(ends(process)) << "it was not asked";
+    EXPECT_THAT(asked("quits.create2", ""),
+                ElementsAre("create", "call \"GetProcessID\"", "release", "create"));
+}
+
+TEST_F(PluginObject, WaitsForNothingWhenItLiesReady) {
+    auto object = open("halts.create2", "1");  // stands still as soon as it has answered
+    const pid_t process = call(*object, "GetProcessID").toInt32();
+    object.reset();
+    waitUntilItHalts(process);
+    shortLimits_ = 1;
+    auto next = create("halts.create2");
+    kill(process, SIGCONT);
+    EXPECT_EQ(call(*next, "GetProcessID"), base::Variant(process));
+}
+
+TEST_F(PluginObject, IsNotAskedForInAProcessThatHasOneOrThatEnds) {
+    auto outer = open("a.plugin", "1");
+    open("a.plugin", "2").reset();
+    auto nested = open("a.plugin", "3");
+    outer.reset();
+    nested.reset();  // ends its process, because the other one waits
+    auto next = open("a.plugin", "4");
+    EXPECT_EQ(asked("a.plugin", "release").size(), 3U);
+    EXPECT_EQ(asked("a.plugin", "create").size(), 4U) << "one of each process at first, one after";
+}
+
+TEST_F(PluginObject, ThatIsRefusedAheadIsAnErrorOfTheCreationThatNeedsIt) {
+    auto object = open("refuses.create2", "1");
+    const auto process = call(*object, "GetProcessID");
+    object.reset();
+    const auto error = errorOf([&] { create("refuses.create2"); });
+    EXPECT_EQ(error.number(), 1234);
+    EXPECT_EQ(error.description(), "refuses.create2: create: it went wrong");
+
+    auto next = open("refuses.create2", "1");
+    EXPECT_EQ(call(*next, "GetProcessID"), process);
+    EXPECT_EQ(asked("refuses.create2", "create").size(), 3U) << "nothing was asked ahead of the third";
+}
+
+TEST_F(PluginObject, ThatIsRefusedAheadCostsTheOneInUseNothing) {
+    auto outer = open("refuses.create2", "1");
+    open("refuses.create2", "2").reset();
+    EXPECT_EQ(item(*outer, "GetMetaTagText", 1), "GetMetaTagText1");
+    EXPECT_EQ(errorOf([&] { create("refuses.create2"); }).number(), 1234);
+    EXPECT_EQ(item(*outer, "GetMetaTagText", 1), "GetMetaTagText1");
 }
 
 TEST_F(PluginObject, OfAnotherProgIdLivesInAnotherProcess) {

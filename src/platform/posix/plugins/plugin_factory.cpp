@@ -66,30 +66,40 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
     if (pool == nullptr) {
         pool = std::make_shared<Pool>();
     }
-    if (const auto warm = std::exchange(pool->warm, nullptr); warm != nullptr && warm->isGood()) {
+    if (pool->warm != nullptr && pool->warm->isGood()) {
         try {
-            return std::make_unique<PluginObject>(lend(pool, warm), callLimit());
+            return createInWarm(pool);
         } catch (const base::RuntimeError&) {
             // A process that broke between two documents is nobody's error: the document gets a fresh one.
-            if (!warm->isGone()) {
+            if (!pool->warm->isGone()) {
                 throw;
             }
         }
     }
-    auto process = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
-    pool->add(process);
-    return std::make_unique<PluginObject>(lend(pool, std::move(process)), callLimit());
+    pool->warm = std::make_shared<PluginProcess>(name, findFile(name), mostBytes_);
+    pool->add(pool->warm);
+    return createInWarm(pool);
 }
 
-/// The process for one object. When the object is gone, the process waits for the next one; where another
-/// waits already, it ends.
-std::shared_ptr<PluginProcess> PluginFactory::lend(const std::shared_ptr<Pool>& pool,
-                                                   std::shared_ptr<PluginProcess> process) {
+/// An object in the process that waits. Where it is refused, the process waits on.
+std::unique_ptr<AutomationObject> PluginFactory::createInWarm(const std::shared_ptr<Pool>& pool) const {
+    const auto limit = callLimit();
+    const auto object = pool->warm->createObject(limit);
+    return std::make_unique<PluginObject>(lendWarm(pool), object, limit);
+}
+
+/// Lends the process that waits to one object. When the object is gone, the process waits for the next one;
+/// where another waits already, it ends.
+std::shared_ptr<PluginProcess> PluginFactory::lendWarm(const std::shared_ptr<Pool>& pool) {
+    auto process = std::exchange(pool->warm, nullptr);
     PluginProcess* const lent = process.get();
     return {lent, [waiting = std::weak_ptr<Pool>(pool), owner = std::move(process)](PluginProcess*) mutable {
                 const auto home = waiting.lock();
                 if (home != nullptr && !owner->isGone() && (home->warm == nullptr || !home->warm->isGood())) {
+                    owner->createAhead();
                     home->warm.swap(owner);
+                } else {
+                    owner->sendPending();
                 }
                 owner.reset();
             }};

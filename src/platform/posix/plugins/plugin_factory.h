@@ -1,6 +1,7 @@
 // A PluginFactory gives automation objects that live in plug-in processes: an executable file named by the
 // ProgID in one of the plug-in folders. The composition root owns it. A process is started on first use and
-// kept for the documents after; after a fault the next object gets a fresh one. No two objects share a
+// kept for the documents after; after a fault the next object gets a fresh one. A process that waits for its
+// next document is asked for the object already, so that the document need not wait. No two documents share a
 // process: a crash over an attachment must not cost the document around it.
 #pragma once
 
@@ -46,8 +47,8 @@ class PluginFactory : public AutomationFactory {
   private:
     struct Pool;
 
-    static std::shared_ptr<PluginProcess> lend(const std::shared_ptr<Pool>& pool,
-                                               std::shared_ptr<PluginProcess> process);
+    [[nodiscard]] std::unique_ptr<AutomationObject> createInWarm(const std::shared_ptr<Pool>& pool) const;
+    static std::shared_ptr<PluginProcess> lendWarm(const std::shared_ptr<Pool>& pool);
     [[nodiscard]] std::string findFile(const std::string& progId) const;
     [[nodiscard]] std::chrono::milliseconds callLimit() const;
 

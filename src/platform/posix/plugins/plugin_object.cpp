@@ -14,15 +14,6 @@ namespace {
 using nlohmann::json;
 namespace protocol = plugin_protocol;
 
-std::int64_t createIn(PluginProcess& process, PluginProcess::Milliseconds limit) {
-    const auto request = process.post(protocol::createMethod, "{}");
-    const auto handle = process.awaitResult(request, protocol::createMethod, limit).handle;
-    if (!handle) {
-        process.fault(protocol::createMethod, "the plug-in answered without the number of an object");
-    }
-    return *handle;
-}
-
 /// The items that the engine asks for in order. An annotation's text is not among them: it is asked for some
 /// types only. Nor are sub-documents, because a plug-in may have to write a file for each.
 std::vector<RangeReader> rangeReaders(PluginTarget target) {
@@ -68,10 +59,11 @@ const std::array<ExpectedSequence, 1> afterMetaTags{subDocuments};
 
 }  // namespace
 
-PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess::Milliseconds limit)
+PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, std::int64_t object,
+                           PluginProcess::Milliseconds limit)
     : process_(std::move(process)),
       limit_(limit),
-      object_(createIn(*process_, limit)),
+      object_(object),
       ranges_(rangeReaders({*process_, object_, limit})),
       while_({*process_, object_, limit}),
       expected_({*process_, object_, limit}) {}
@@ -79,8 +71,8 @@ PluginObject::PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess
 PluginObject::~PluginObject() {
     try {
         forgetReadAhead();
-        process_->abandon(process_->post(protocol::releaseMethod, json({{"object", object_}}).dump()));
-    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell
+        process_->releaseObject(object_);  // leaves when the process is given back, just below
+    } catch (const std::exception&) {      // NOLINT(bugprone-empty-catch): a destructor has nobody to tell
     }
 }
 

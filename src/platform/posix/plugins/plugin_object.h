@@ -15,8 +15,9 @@ namespace platform::posix {
 
 class PluginObject : public AutomationObject {
   public:
-    /// Creates the object in the process. Raises an error when the process refuses or has a fault.
-    PluginObject(std::shared_ptr<PluginProcess> process, PluginProcess::Milliseconds limit);
+    /// `object` is its handle in the process.
+    PluginObject(std::shared_ptr<PluginProcess> process, std::int64_t object,
+                 PluginProcess::Milliseconds limit);
     ~PluginObject() override;
 
     using AutomationObject::call;

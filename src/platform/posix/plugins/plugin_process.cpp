@@ -12,10 +12,12 @@
 #include "base/runtime_error.h"
 #include "base/text.h"
 #include "base/variant.h"
+#include "platform/plugin_protocol.h"
 
 namespace platform::posix {
 namespace {
 
+namespace protocol = plugin_protocol;
 using std::chrono::milliseconds;
 
 /// How long the service waits for a process that has closed its output to end, so as to tell how.
@@ -41,10 +43,15 @@ PluginProcess::PluginProcess(std::string progId, const std::string& file, std::s
     : progId_(std::move(progId)), largestAnswer_(largestAnswer), child_(file) {}
 
 PluginProcess::RequestId PluginProcess::post(std::string_view method, std::string_view params) {
+    const RequestId request = enqueue(method, params);
+    sendPending();
+    return request;
+}
+
+PluginProcess::RequestId PluginProcess::enqueue(std::string_view method, std::string_view params) {
     outgoing_.append(R"({"jsonrpc":"2.0","id":)").append(std::to_string(++lastRequest_));
     outgoing_.append(R"(,"method":")").append(method).append(R"(","params":)").append(params).append("}\n");
     expected_.insert(lastRequest_);
-    sendPending();
     return lastRequest_;
 }
 
@@ -79,6 +86,27 @@ void PluginProcess::abandon(RequestId request) {
     }
 }
 
+std::int64_t PluginProcess::createObject(milliseconds limit) {
+    const auto ahead = std::exchange(nextObject_, std::nullopt);
+    const RequestId request = ahead ? *ahead : post(protocol::createMethod, "{}");
+    const auto handle = awaitResult(request, protocol::createMethod, limit).handle;
+    if (!handle) {
+        fault(protocol::createMethod, "the plug-in answered without the number of an object");
+    }
+    return *handle;
+}
+
+void PluginProcess::createAhead() noexcept {
+    try {
+        nextObject_ = post(protocol::createMethod, "{}");
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): then it is asked for when it is needed
+    }
+}
+
+void PluginProcess::releaseObject(std::int64_t object) {
+    abandon(enqueue(protocol::releaseMethod, R"({"object":)" + std::to_string(object) + "}"));
+}
+
 void PluginProcess::raiseError(std::string_view called, const PluginError& error) const {
     throw base::RuntimeError(error.code, progId_ + ": " + std::string(called) + ": " + error.message);
 }
@@ -104,7 +132,9 @@ bool PluginProcess::isGood() noexcept {
         return false;
     }
     try {
-        receive("idle");
+        // To the last word: the end of a process stands behind the answer that it gave before.
+        while (receive("idle")) {
+        }
         return true;
     } catch (const std::exception&) {
         return false;  // the fault has killed it; nobody was waiting for an answer
@@ -146,11 +176,12 @@ void PluginProcess::exchange(std::string_view called, Deadline deadline, millise
     }
 }
 
-void PluginProcess::receive(std::string_view called) {
+/// False when there is nothing to read for now.
+bool PluginProcess::receive(std::string_view called) {
     std::array<char, 65536> block;  // filled by the system
     const ssize_t count = read(child_.output(), block.data(), block.size());
     if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-        return;
+        return false;
     }
     if (count <= 0) {
         faultAtEnd(called);
@@ -160,6 +191,7 @@ void PluginProcess::receive(std::string_view called) {
     if (incoming_.size() > largestAnswer_) {
         fault(called, "the plug-in answered more than " + std::to_string(largestAnswer_) + " bytes");
     }
+    return true;
 }
 
 void PluginProcess::takeLines(std::string_view called) {

@@ -48,6 +48,20 @@ class PluginProcess {
     /// The answer to this request is of no interest any more.
     void abandon(RequestId request);
 
+    /// Gives the handle of a new object, the one that was asked for ahead when there is one. Raises the error
+    /// of its creation, whenever it was made.
+    std::int64_t createObject(Milliseconds limit);
+
+    /// Asks for the object of the next document and does not wait.
+    void createAhead() noexcept;
+
+    /// Releases an object. The request waits for the next one or for sendPending, so that it does not wake
+    /// the process on its own.
+    void releaseObject(std::int64_t object);
+
+    /// Sends what the process has not been sent yet, as far as it takes it.
+    void sendPending();
+
     /// Raises the error that an answer carries.
     [[noreturn]] void raiseError(std::string_view called, const PluginError& error) const;
 
@@ -69,9 +83,9 @@ class PluginProcess {
   private:
     using Deadline = std::chrono::steady_clock::time_point;
 
-    void sendPending();
+    RequestId enqueue(std::string_view method, std::string_view params);
     void exchange(std::string_view called, Deadline deadline, Milliseconds limit);
-    void receive(std::string_view called);
+    bool receive(std::string_view called);
     void takeLines(std::string_view called);
     void takeAnswer(std::string_view called, std::string_view line);
     [[noreturn]] void faultAtEnd(std::string_view called);
@@ -87,7 +101,8 @@ class PluginProcess {
     std::string incoming_;
     std::size_t searched_ = 0;  // bytes of incoming_ without a line end
     RequestId lastRequest_ = 0;
-    std::optional<std::string> cause_;  // of the fault
+    std::optional<RequestId> nextObject_;  // asked for ahead
+    std::optional<std::string> cause_;     // of the fault
 };
 
 }  // namespace platform::posix
