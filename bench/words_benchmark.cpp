@@ -227,7 +227,8 @@ BENCHMARK(lexStatement);
 void prepareKnownShape(benchmark::State& state) {
     const Folder folder;
     std::atomic<std::size_t> prepared = 0;
-    platform::sqlite::Handle handle(folder.library(), {}, prepared);
+    platform::sqlite::Checkpointer checkpointer;
+    platform::sqlite::Handle handle(folder.library(), {}, prepared, checkpointer);
     const std::string statement = wordStatement(123456);
     for (auto _ : state) {
         benchmark::DoNotOptimize(handle.prepare(statement, 0, platform::sqlite::Texts::stay));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #include "base/runtime_error.h"
@@ -18,10 +19,9 @@ namespace {
 // The service has some sixty shapes; more come only from an operator's own statements.
 constexpr std::size_t mostShapes = 512;
 
-// Bytes of pages in the write-ahead log before they are moved into the library. A document changes dozens of
-// pages, and the next document many of the same ones; moving them seldom moves each of them once instead of
-// time and again, and waits for the disk seldom.
-constexpr std::int64_t checkpointBytes = 64LL * 1024 * 1024;
+// How long to look for the end of a file that is being written.
+constexpr int mostLooks = 10;
+constexpr std::chrono::milliseconds betweenLooks{50};
 
 const jet::Dialect dialect{"1", "0", [](std::size_t number) { return "?" + std::to_string(number); }, false};
 
@@ -52,11 +52,16 @@ void Handle::Closer::operator()(sqlite3* database) const {
     sqlite3_close_v2(database);
 }
 
-Handle::Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared)
-    : file_(path), database_(openFile(path)), catalog_(database_.get()), prepared_(prepared) {
+Handle::Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared,
+               Checkpointer& checkpointer)
+    : file_(path),
+      database_(openFile(path)),
+      catalog_(database_.get()),
+      prepared_(prepared),
+      checkpointer_(checkpointer) {
     auto end = LibraryFile::End::isThere;
     try {
-        end = file_.checkContent(database_.get());
+        end = findEnd();
         openDatabase(options);
         if (end == LibraryFile::End::mayBeInLog) {
             checkPages();
@@ -64,6 +69,7 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
         checkIsLibrary();
         restoreIndexStatistics(database_.get());
     } catch (...) {
+        stopCheckpoints();
         forgetIdleShapes();  // a file with statements left is not closed
         if (end == LibraryFile::End::mayBeInLog) {
             // Whoever mends the file may need it and what is in the log as they were found.
@@ -74,6 +80,7 @@ Handle::Handle(const std::string& path, const HandleOptions& options, std::atomi
 }
 
 Handle::~Handle() {
+    stopCheckpoints();
     rows_.forget();
     writeNewRootWords();
     forgetIdleShapes();
@@ -85,6 +92,25 @@ Handle::~Handle() {
         // Somebody has written over the file: nothing of ours goes into what it holds now.
         leaveLogAlone();
     }
+}
+
+/// Before the file is closed: the last connection to close it takes the log away, and that one belongs to a
+/// handle.
+void Handle::stopCheckpoints() noexcept {
+    sqlite3_wal_hook(database_.get(), nullptr, nullptr);
+    checkpointer_.wait();
+}
+
+/// Somebody may be moving the log into the library just now. To wait for that is cheaper than to read every
+/// page, which a file that stays without its end makes necessary.
+LibraryFile::End Handle::findEnd() {
+    checkpointer_.wait();
+    auto end = file_.checkContent(database_.get());
+    for (int look = 0; end == LibraryFile::End::mayBeInLog && look < mostLooks; ++look) {
+        std::this_thread::sleep_for(betweenLooks);
+        end = file_.checkContent(database_.get());
+    }
+    return end;
 }
 
 /// Closing the file does not move the log into it.
@@ -140,7 +166,17 @@ void Handle::openDatabase(const HandleOptions& options) {
     run("PRAGMA journal_mode = WAL");
     run("PRAGMA synchronous = NORMAL");
     const std::int64_t pageSize = std::max<std::int64_t>(pragmaNumber("PRAGMA page_size"), 1);
-    run(("PRAGMA wal_autocheckpoint = " + std::to_string(checkpointBytes / pageSize)).c_str());
+    checkpointPages_ = static_cast<int>(
+        std::clamp<std::int64_t>(options.checkpointBytes / pageSize, 1, std::numeric_limits<int>::max()));
+    sqlite3_wal_hook(
+        database_.get(),
+        [](void* handle, sqlite3* /*database*/, const char* /*name*/, int pages) {
+            Handle& committed = *static_cast<Handle*>(handle);
+            committed.checkpointer_.committed(committed.database_.get(), committed.file_, pages,
+                                              committed.checkpointPages_);
+            return SQLITE_OK;
+        },
+        this);
     run("PRAGMA temp_store = MEMORY");
     run("PRAGMA cache_spill = OFF");  // see log_vfs.h
     run(("PRAGMA cache_size = -" + std::to_string(options.cacheKibibytes)).c_str());

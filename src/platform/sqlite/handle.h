@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
@@ -13,6 +14,7 @@
 #include <unordered_map>
 
 #include "platform/jet/lexer.h"
+#include "platform/sqlite/checkpointer.h"
 #include "platform/sqlite/library_file.h"
 #include "platform/sqlite/new_root_words.h"
 #include "platform/sqlite/row_batch.h"
@@ -27,13 +29,16 @@ struct HandleOptions {
     /// How long a statement waits for another connection's lock.
     std::chrono::milliseconds busyTimeout{30000};
     int cacheKibibytes = 65536;
+    /// Bytes of pages in the write-ahead log before they are moved into the library.
+    std::int64_t checkpointBytes = 64LL * 1024 * 1024;
 };
 
 class Handle {
   public:
     /// Opens a library. Raises a RuntimeError when there is none at the path. `prepared` counts the
-    /// statements that are prepared and must outlive the handle.
-    Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared);
+    /// statements that are prepared; it and the checkpointer must outlive the handle.
+    Handle(const std::string& path, const HandleOptions& options, std::atomic<std::size_t>& prepared,
+           Checkpointer& checkpointer);
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
     ~Handle();
@@ -95,6 +100,8 @@ class Handle {
 
     void openDatabase(const HandleOptions& options);
     void checkIsLibrary();
+    LibraryFile::End findEnd();
+    void stopCheckpoints() noexcept;
     void checkPages();
     std::int64_t pragmaNumber(const char* pragma);
     void run(const char* sql);
@@ -112,6 +119,8 @@ class Handle {
     std::unique_ptr<sqlite3, Closer> database_;
     TableCatalog catalog_;
     std::atomic<std::size_t>& prepared_;
+    Checkpointer& checkpointer_;
+    int checkpointPages_ = 0;
     jet::LexedStatement lexed_;
     Shapes shapes_;
     PreparedShape* lastShape_ = nullptr;  // of the statement that was read last

@@ -13,7 +13,7 @@ constexpr std::size_t mostWarm = 4;
 
 }  // namespace
 
-std::unique_ptr<Handle> HandlePool::takeWarm(const std::string& path) {
+std::unique_ptr<Handle> HandlePool::takeLast(const std::string& path) {
     const std::lock_guard lock(mutex_);
     const auto found = std::find_if(warm_.rbegin(), warm_.rend(),
                                     [&path](const auto& handle) { return handle->path() == path; });
@@ -25,8 +25,8 @@ std::unique_ptr<Handle> HandlePool::takeWarm(const std::string& path) {
     return handle;
 }
 
-std::unique_ptr<Handle> HandlePool::take(const std::string& path) {
-    while (std::unique_ptr<Handle> handle = takeWarm(path)) {
+std::unique_ptr<Handle> HandlePool::takeWarm(const std::string& path) {
+    while (std::unique_ptr<Handle> handle = takeLast(path)) {
         try {
             handle->refresh();
             return handle;
@@ -35,7 +35,18 @@ std::unique_ptr<Handle> HandlePool::take(const std::string& path) {
             continue;
         }
     }
-    return std::make_unique<Handle>(path, options_, prepared_);
+    return nullptr;
+}
+
+Checkpointer& HandlePool::checkpointerOf(const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    return checkpointers_[path];
+}
+
+std::unique_ptr<Handle> HandlePool::take(const std::string& path) {
+    std::unique_ptr<Handle> warm = takeWarm(path);
+    return warm != nullptr ? std::move(warm)
+                           : std::make_unique<Handle>(path, options_, prepared_, checkpointerOf(path));
 }
 
 void HandlePool::giveBack(std::unique_ptr<Handle> handle) noexcept {

@@ -5,12 +5,14 @@
 #include <atomic>
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/sqlite/checkpointer.h"
 #include "platform/sqlite/handle.h"
 
 namespace platform::sqlite {
@@ -22,6 +24,10 @@ class HandlePool {
     /// A warm handle when the file at the path is still the one that it has open, otherwise a fresh one.
     /// Raises a RuntimeError when there is no library at the path.
     std::unique_ptr<Handle> take(const std::string& path);
+
+    /// The warm handle that was used last, when there is one and the file at the path is still the one that
+    /// it has open.
+    std::unique_ptr<Handle> takeWarm(const std::string& path);
 
     /// Keeps a handle that is sound and closes any other. It must be outside any transaction with no
     /// statement in use.
@@ -40,11 +46,13 @@ class HandlePool {
     [[nodiscard]] std::size_t preparedStatements() const { return prepared_; }
 
   private:
-    std::unique_ptr<Handle> takeWarm(const std::string& path);
+    std::unique_ptr<Handle> takeLast(const std::string& path);
+    Checkpointer& checkpointerOf(const std::string& path);
 
     HandleOptions options_;
     std::function<void(std::string_view)> trace_;
     std::atomic<std::size_t> prepared_ = 0;
+    std::map<std::string, Checkpointer> checkpointers_;  // by path
     std::mutex mutex_;
     std::vector<std::unique_ptr<Handle>> warm_;
 };

@@ -50,7 +50,7 @@ void fillLibrary(const std::string& path, const std::string& sqlText) {
 
 SqliteEngine::SqliteEngine(const SqliteOptions& options)
     : pool_(std::make_shared<sqlite::HandlePool>(
-          sqlite::HandleOptions{options.busyTimeout, options.cacheKibibytes})) {}
+          sqlite::HandleOptions{options.busyTimeout, options.cacheKibibytes, options.checkpointBytes})) {}
 
 SqliteEngine::~SqliteEngine() {
     pool_->clear();

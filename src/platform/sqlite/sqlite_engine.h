@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -21,6 +22,10 @@ struct SqliteOptions {
     std::chrono::milliseconds busyTimeout{30000};
     /// Room for pages of the library that are kept in memory, for each connection.
     int cacheKibibytes = 65536;
+    /// Bytes of pages in the write-ahead log before they are moved into the library. A document changes
+    /// dozens of pages, and the next document many of the same ones; moving them seldom moves each of them
+    /// once instead of time and again, and waits for the disk seldom.
+    std::int64_t checkpointBytes = 64LL * 1024 * 1024;
 };
 
 class SqliteEngine : public DatabaseEngine {

@@ -47,7 +47,7 @@ constexpr std::array<AllowedReading, 7> allowedReadings = {{
 
 /// Statements for which SQLite tells no plan, and which read and write a few rows or pages. Others without a
 /// plan, such as the check of a whole library, may take any time.
-constexpr std::array<std::string_view, 13> boundedWithoutPlan = {
+constexpr std::array<std::string_view, 12> boundedWithoutPlan = {
     "INSERT INTO ",
     "BEGIN IMMEDIATE",
     "COMMIT",
@@ -59,8 +59,7 @@ constexpr std::array<std::string_view, 13> boundedWithoutPlan = {
     "PRAGMA page_size",
     "PRAGMA schema_version",
     "PRAGMA synchronous",
-    "PRAGMA temp_store",
-    "PRAGMA wal_autocheckpoint"};
+    "PRAGMA temp_store"};
 
 bool isIn(const auto& names, std::string_view name) {
     return std::any_of(names.begin(), names.end(), [name](std::string_view candidate) {
@@ -130,7 +129,7 @@ void QueryPlans::Close::operator()(sqlite3* database) const {
 }
 
 QueryPlans::QueryPlans(const std::string& library)
-    : handle_(library, {}, prepared_), database_(opened(library)) {}
+    : handle_(library, {}, prepared_, checkpointer_), database_(opened(library)) {}
 
 QueryPlans::~QueryPlans() = default;
 

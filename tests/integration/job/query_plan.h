@@ -53,6 +53,7 @@ class QueryPlans {
     bool isMadeForGrowingTable(const std::string& index);
 
     std::atomic<std::size_t> prepared_ = 0;
+    platform::sqlite::Checkpointer checkpointer_;
     platform::sqlite::Handle handle_;  // translates
     std::unique_ptr<sqlite3, Close> database_;
 };
