@@ -346,6 +346,10 @@ bool Handle::isInTransaction() const {
     return sqlite3_get_autocommit(database_.get()) == 0;
 }
 
+bool Handle::isAtWork() const {
+    return isInTransaction() || sqlite3_txn_state(database_.get(), nullptr) != SQLITE_TXN_NONE;
+}
+
 void Handle::rollBackQuietly() noexcept {
     rows_.forget();
     if (isInTransaction()) {

@@ -28,7 +28,7 @@ namespace platform::sqlite {
 struct HandleOptions {
     /// How long a statement waits for another connection's lock.
     std::chrono::milliseconds busyTimeout{30000};
-    int cacheKibibytes = 65536;
+    int cacheKibibytes = 4096;
     /// Bytes of pages in the write-ahead log before they are moved into the library.
     std::int64_t checkpointBytes = 64LL * 1024 * 1024;
 };
@@ -67,6 +67,9 @@ class Handle {
     Statement prepare(std::string_view text, std::int32_t identity, Texts texts);
 
     [[nodiscard]] bool isInTransaction() const;
+
+    /// Whether a transaction is open or a statement is reading.
+    [[nodiscard]] bool isAtWork() const;
 
     /// Changes with every change of the tables, by whomever.
     std::int64_t schemaVersion();

@@ -48,7 +48,7 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
         purgeOrphans(open);
         return;
     }
-    if (open.insertLater(statement)) {
+    if (open.insertLater(statement) || executeOverWarmHandle(statement)) {
         return;
     }
     Statement prepared = open.prepare(statement, identity_, Texts::stay);
@@ -56,6 +56,31 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
     if (prepared.translation().givesAutoNumber && open.changedRows() > 0) {
         identity_ = base::narrow32(open.lastRowKey());
     }
+}
+
+/// Changes rows over the handle that was given back last, when there is one. It has written last, so that the
+/// pages it keeps are those of the library, and they stay so. Were the rows changed over the connection's own
+/// handle, the next job would read all its pages anew.
+bool SqliteConnection::executeOverWarmHandle(std::string_view statement) {
+    if (handle_->isAtWork() || !(statement.starts_with("UPDATE ") || statement.starts_with("DELETE "))) {
+        return false;
+    }
+    std::unique_ptr<Handle> warm = pool_->takeWarm(handle_->path());
+    if (warm == nullptr) {
+        return false;
+    }
+    if (!warm->newRootWords().areWritten()) {
+        pool_->giveBack(std::move(warm));
+        return false;  // what hinders them is the next job's affair
+    }
+    try {
+        warm->prepare(statement, identity_, Texts::stay).step(statement);
+    } catch (...) {
+        pool_->giveBack(std::move(warm));
+        throw;
+    }
+    pool_->giveBack(std::move(warm));
+    return true;
 }
 
 /// Readies the handle for a statement, which finds the words added before it in the library.

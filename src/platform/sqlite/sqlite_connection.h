@@ -39,6 +39,7 @@ class SqliteConnection : public Connection {
 
   private:
     Handle& handle();
+    bool executeOverWarmHandle(std::string_view statement);
     static void ready(Handle& open, std::string_view statement);
     void writeNewRootWords() noexcept;
     void settleRecordsets();

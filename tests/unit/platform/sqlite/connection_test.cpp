@@ -110,4 +110,83 @@ TEST_F(ConnectionTest, NeverTellsThePassword) {
     EXPECT_NE(error.find("missing.db"), std::string::npos);
 }
 
+/// While a job's connection is closed, its handle serves the other one's changes.
+class BetweenJobs : public ConnectionTest {
+  protected:
+    BetweenJobs() {
+        run("INSERT INTO file_index_queue (doc_path, index_type, flag_dirty) VALUES ('a', 'f', 0)");
+        run("INSERT INTO file_index_queue (doc_path, index_type, flag_dirty) VALUES ('b', 'f', 0)");
+        connect()->execute("DELETE * FROM word_noise");
+    }
+
+    std::vector<std::string> flags() {
+        return texts("SELECT flag_dirty FROM file_index_queue ORDER BY id", "flag_dirty");
+    }
+
+    static constexpr std::string_view mark =
+        "UPDATE file_index_queue SET flag_dirty = 1 WHERE doc_path = 'a'";
+};
+
+TEST_F(BetweenJobs, AChangeIsSeenByEverybodyAtOnce) {
+    run(mark);
+    EXPECT_EQ(flags(), (std::vector<std::string>{"True", "False"}));
+    EXPECT_EQ(platform::SqliteEngine()
+                  .open({path(), {}, {}, {}})
+                  ->query("SELECT sum(flag_dirty) AS n FROM file_index_queue")
+                  ->field("n")
+                  .toText(),
+              "1");
+    const auto job = connect();
+    EXPECT_EQ(job->query("SELECT sum(flag_dirty) AS n FROM file_index_queue")->field("n").toText(), "1");
+    job->execute("DELETE * FROM file_index_queue WHERE flag_dirty = 1");
+    EXPECT_EQ(flags(), std::vector<std::string>{"False"});
+}
+
+TEST_F(BetweenJobs, AChangeInATransactionIsRolledBackWithIt) {
+    connection().beginTrans();
+    run(mark);
+    EXPECT_EQ(flags(), (std::vector<std::string>{"True", "False"}));
+    connection().rollbackTrans();
+    EXPECT_EQ(flags(), (std::vector<std::string>{"False", "False"}));
+}
+
+TEST_F(BetweenJobs, AChangeLeavesARecordsetWhereItStands) {
+    const auto queue =
+        open("SELECT doc_path FROM file_index_queue ORDER BY id", platform::CursorType::forwardOnly);
+    run(mark);
+    EXPECT_EQ(queue->field("doc_path").toText(), "a");
+    queue->moveNext();
+    run(mark);
+    EXPECT_EQ(queue->field("doc_path").toText(), "b");
+    queue->moveNext();
+    EXPECT_TRUE(queue->eof());
+}
+
+TEST_F(BetweenJobs, AChangeThatIsRefusedRaisesItsErrorAndTheNextOneIsMade) {
+    EXPECT_NE(errorOf([this] { run("UPDATE root_word SET nothing = 1"); }).find("nothing"),
+              std::string::npos);
+    run("CREATE TRIGGER refusing BEFORE UPDATE ON file_index_queue BEGIN SELECT RAISE(ABORT, 'not now'); "
+        "END");
+    EXPECT_NE(errorOf([this] { run(mark); }).find("not now"), std::string::npos);
+    run("DROP TRIGGER refusing");
+    run(mark);
+    EXPECT_EQ(flags(), (std::vector<std::string>{"True", "False"}));
+}
+
+TEST_F(BetweenJobs, AChangeOfTheTablesIsMet) {
+    run("ALTER TABLE file_index_queue ADD COLUMN note TEXT");
+    run("UPDATE file_index_queue SET note = 'later', flag_dirty = 1");
+    EXPECT_EQ(flags(), (std::vector<std::string>{"True", "True"}));
+}
+
+TEST_F(BetweenJobs, ALockedLibraryIsToldAsEver) {
+    platform::SqliteEngine other;
+    const auto writer = other.open({path(), {}, {}, {}});
+    writer->beginTrans();
+    EXPECT_NE(errorOf([this] { run(mark); }).find("locked"), std::string::npos);
+    writer->commitTrans();
+    run(mark);
+    EXPECT_EQ(flags(), (std::vector<std::string>{"True", "False"}));
+}
+
 }  // namespace
