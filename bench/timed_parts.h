@@ -16,6 +16,7 @@ class TimedFactory : public platform::AutomationFactory {
   public:
     TimedFactory(platform::AutomationFactory& factory, Stage& stage) : factory_(factory), stage_(stage) {}
     std::unique_ptr<platform::AutomationObject> create(std::string_view progId) override;
+    void expectReading(const std::string& path) noexcept override { factory_.expectReading(path); }
 
   private:
     platform::AutomationFactory& factory_;

@@ -9,6 +9,7 @@
 
 #include "base/runtime_error.h"
 #include "platform/plugin_protocol.h"
+#include "sdk/file_fetch.h"
 #include "sdk/json_text.h"
 #include "sdk/method_table.h"
 
@@ -209,6 +210,10 @@ std::string PluginServer::perform(const std::string& method, json& params) {
     }
     if (method == protocol::releaseMethod) {
         release(params.at("object"));
+        return "null";
+    }
+    if (method == protocol::fetchMethod) {
+        fetchFile(params.at("path").get_ref<const std::string&>());
         return "null";
     }
     throw ProtocolError(protocol::methodNotFound, "there is no method \"" + method + "\"");

@@ -1,5 +1,5 @@
 // A PluginServer answers the service's requests: it keeps the extractors by their handles and calls them by
-// method name. runPlugin owns one; it touches no file and no stream.
+// method name. runPlugin owns one; it touches no stream, and no file but one that it is told to fetch.
 #pragma once
 
 #include <cstdint>

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -42,6 +43,10 @@ class AutomationFactory {
 
     /// Raises a base::RuntimeError when nothing is registered under the ProgID or it cannot be started.
     virtual std::unique_ptr<AutomationObject> create(std::string_view progId) = 0;
+
+    /// A hint that some object is about to be given the document at this path, so that the system may begin
+    /// to read it. Does not wait, whatever the path leads to, tells no error, and may do nothing.
+    virtual void expectReading(const std::string& /*path*/) noexcept {}
 };
 
 }  // namespace platform

@@ -22,6 +22,7 @@ inline constexpr std::string_view rangeMethod = "range";
 inline constexpr std::string_view whileMethod = "while";
 inline constexpr std::string_view sequenceMethod = "sequence";
 inline constexpr std::string_view releaseMethod = "release";
+inline constexpr std::string_view fetchMethod = "fetch";
 
 /// JSON-RPC's own error codes.
 inline constexpr int parseError = -32700;

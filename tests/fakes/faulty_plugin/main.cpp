@@ -1,7 +1,7 @@
 // A plug-in that misbehaves on demand. The name under which it is started says how and where: "dies.Echo"
 // dies when Echo is called, "exits.start" exits before it reads anything, "hangs.create2" hangs when it is
-// asked for its second object, "minimal.plugin" knows neither range nor while nor sequence. What it is asked
-// is written to the file of its name with ".log" behind it.
+// asked for its second object, "minimal.plugin" knows neither range nor while nor sequence nor fetch. What it
+// is asked is written to the file of its name with ".log" behind it.
 //
 // SetDocumentID takes what the document is like: "300" has 300 items of each kind; "300 unknown" does not
 // know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB;
@@ -65,7 +65,7 @@ class FaultyPlugin {
     void reply(int id, const std::string& method, const json& params) {
         const std::string place = placeOf(method);
         log_ << method;
-        for (const char* part : {"method", "methods", "arguments", "first", "last", "count"}) {
+        for (const char* part : {"method", "methods", "arguments", "first", "last", "count", "path"}) {
             if (params.contains(part) && !(params[part].is_array() && params[part].empty())) {
                 log_ << ' ' << params[part].dump().substr(0, 100);
             }
@@ -114,7 +114,7 @@ class FaultyPlugin {
             documents_[++last_] = {};
             return last_;
         }
-        if (method == "release" && !minimal) {
+        if ((method == "release" || method == "fetch") && !minimal) {
             return nullptr;
         }
         if (method == "call") {

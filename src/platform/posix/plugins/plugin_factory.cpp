@@ -81,8 +81,14 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
     return createInWarm(pool);
 }
 
+void PluginFactory::expectReading(const std::string& path) noexcept {
+    if (latest_ != nullptr && latest_->warm != nullptr && latest_->warm->isGood()) {
+        latest_->warm->fetch(path);
+    }
+}
+
 /// An object in the process that waits. Where it is refused, the process waits on.
-std::unique_ptr<AutomationObject> PluginFactory::createInWarm(const std::shared_ptr<Pool>& pool) const {
+std::unique_ptr<AutomationObject> PluginFactory::createInWarm(const std::shared_ptr<Pool>& pool) {
     const auto limit = callLimit();
     const auto object = pool->warm->createObject(limit);
     return std::make_unique<PluginObject>(lendWarm(pool), object, limit);
@@ -93,11 +99,13 @@ std::unique_ptr<AutomationObject> PluginFactory::createInWarm(const std::shared_
 std::shared_ptr<PluginProcess> PluginFactory::lendWarm(const std::shared_ptr<Pool>& pool) {
     auto process = std::exchange(pool->warm, nullptr);
     PluginProcess* const lent = process.get();
-    return {lent, [waiting = std::weak_ptr<Pool>(pool), owner = std::move(process)](PluginProcess*) mutable {
-                const auto home = waiting.lock();
+    return {lent,
+            [this, waiting = std::weak_ptr<Pool>(pool), owner = std::move(process)](PluginProcess*) mutable {
+                const auto home = waiting.lock();  // while it is there, so is the factory
                 if (home != nullptr && !owner->isGone() && (home->warm == nullptr || !home->warm->isGood())) {
                     owner->createAhead();
                     home->warm.swap(owner);
+                    latest_ = home.get();
                 } else {
                     owner->sendPending();
                 }

@@ -40,6 +40,10 @@ class PluginFactory : public AutomationFactory {
 
     std::unique_ptr<AutomationObject> create(std::string_view progId) override;
 
+    /// Has the process that has waited for the shortest time fetch the document, whichever plug-in will open
+    /// it. Where none waits, nothing happens.
+    void expectReading(const std::string& path) noexcept override;
+
     /// Kills every process with everything that it has started. For the end of the service without clean-up:
     /// nothing else may be asked of the factory and its objects after it.
     void killProcesses() noexcept;
@@ -47,8 +51,8 @@ class PluginFactory : public AutomationFactory {
   private:
     struct Pool;
 
-    [[nodiscard]] std::unique_ptr<AutomationObject> createInWarm(const std::shared_ptr<Pool>& pool) const;
-    static std::shared_ptr<PluginProcess> lendWarm(const std::shared_ptr<Pool>& pool);
+    [[nodiscard]] std::unique_ptr<AutomationObject> createInWarm(const std::shared_ptr<Pool>& pool);
+    std::shared_ptr<PluginProcess> lendWarm(const std::shared_ptr<Pool>& pool);
     [[nodiscard]] std::string findFile(const std::string& progId) const;
     [[nodiscard]] std::chrono::milliseconds callLimit() const;
 
@@ -56,6 +60,7 @@ class PluginFactory : public AutomationFactory {
     CallLimit callLimit_;
     std::size_t mostBytes_;
     std::map<std::string, std::shared_ptr<Pool>> pools_;  // by ProgID
+    const Pool* latest_ = nullptr;                        // the one that got its process back last
 };
 
 }  // namespace platform::posix

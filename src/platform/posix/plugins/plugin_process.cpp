@@ -7,16 +7,19 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "base/runtime_error.h"
 #include "base/text.h"
 #include "base/variant.h"
 #include "platform/plugin_protocol.h"
+#include "platform/posix/plugins/plugin_target.h"
 
 namespace platform::posix {
 namespace {
 
+using nlohmann::json;
 namespace protocol = plugin_protocol;
 using std::chrono::milliseconds;
 
@@ -93,6 +96,9 @@ std::int64_t PluginProcess::createObject(milliseconds limit) {
     if (!handle) {
         fault(protocol::createMethod, "the plug-in answered without the number of an object");
     }
+    if (fetchIsDue_) {
+        finishFetch(limit);
+    }
     return *handle;
 }
 
@@ -100,6 +106,30 @@ void PluginProcess::createAhead() noexcept {
     try {
         nextObject_ = post(protocol::createMethod, "{}");
     } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): then it is asked for when it is needed
+    }
+}
+
+void PluginProcess::fetch(const std::string& path) noexcept {
+    try {
+        if (fetch_ && arrived_.contains(*fetch_)) {
+            finishFetch({});
+        }
+        if (fetch_) {
+            fetchIsDue_ = true;
+        } else if (abilities.fetches) {
+            const json params = {{"path", path}};
+            // A path with bytes that are no UTF-8 leads nowhere then; that is told when it is opened.
+            fetch_ = post(protocol::fetchMethod, params.dump(-1, ' ', false, json::error_handler_t::replace));
+        }
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it only saves time
+    }
+}
+
+/// Waits for the answer. What became of the file is told by whoever opens it.
+void PluginProcess::finishFetch(milliseconds limit) {
+    if (const auto request = std::exchange(fetch_, std::nullopt)) {
+        abilities.fetches = !isUnknownMethod(await(*request, protocol::fetchMethod, limit));
+        fetchIsDue_ = false;
     }
 }
 

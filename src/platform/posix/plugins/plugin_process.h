@@ -27,6 +27,7 @@ class PluginProcess {
         bool ranges = true;
         bool whiles = true;
         bool sequences = true;
+        bool fetches = true;
     };
 
     /// Starts the program. An answer of more than `largestAnswer` bytes is a fault.
@@ -50,10 +51,19 @@ class PluginProcess {
 
     /// Gives the handle of a new object, the one that was asked for ahead when there is one. Raises the error
     /// of its creation, whenever it was made.
+    ///
+    /// What the process has been asked to fetch need not have been fetched, with two exceptions, so that a
+    /// fault over it is no error of the object's calls: the first file that the process is asked for, which
+    /// shows whether it can do that, and the file of a document before.
     std::int64_t createObject(Milliseconds limit);
 
     /// Asks for the object of the next document and does not wait.
     void createAhead() noexcept;
+
+    /// Asks the process to have the system read the file of the document that comes next, and does not wait.
+    /// Does nothing while the process is at the file of a document before: requests must not pile up where
+    /// one is held up.
+    void fetch(const std::string& path) noexcept;
 
     /// Releases an object. The request waits for the next one or for sendPending, so that it does not wake
     /// the process on its own.
@@ -84,6 +94,7 @@ class PluginProcess {
     using Deadline = std::chrono::steady_clock::time_point;
 
     RequestId enqueue(std::string_view method, std::string_view params);
+    void finishFetch(Milliseconds limit);
     void exchange(std::string_view called, Deadline deadline, Milliseconds limit);
     bool receive(std::string_view called);
     void takeLines(std::string_view called);
@@ -102,6 +113,8 @@ class PluginProcess {
     std::size_t searched_ = 0;  // bytes of incoming_ without a line end
     RequestId lastRequest_ = 0;
     std::optional<RequestId> nextObject_;  // asked for ahead
+    std::optional<RequestId> fetch_;       // whose answer nobody has looked at
+    bool fetchIsDue_ = true;               // before there is an object
     std::optional<std::string> cause_;     // of the fault
 };
 

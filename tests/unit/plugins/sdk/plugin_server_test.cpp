@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
+#include "fakes/temporary_folder.h"
 #include "unit/plugins/sdk/sample_extractor.h"
 
 namespace {
@@ -182,6 +186,21 @@ TEST_F(PluginServerTest, OpensADocumentByItsKeyWhereThePluginCan) {
     const json object = ask("create", json::object())["result"];
     EXPECT_EQ(call(object, "SetDocumentID", {70000})["result"]["result"], true);
     EXPECT_EQ(call(object, "SetDocumentID", {1})["result"]["result"], false);
+}
+
+TEST_F(PluginServerTest, AnswersNothingToAFetchWhateverThePathLeadsTo) {
+    const fakes::TemporaryFolder folder;
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    for (const std::string& path : {folder.write("document", "text"), folder.path(), folder / "pipe",
+                                    folder / "missing", std::string("docs/\xEF\xBF\xBD"), std::string()}) {
+        const json reply = ask("fetch", {{"path", path}});
+        EXPECT_TRUE(reply.contains("result") && reply["result"].is_null()) << reply;
+    }
+}
+
+TEST_F(PluginServerTest, RefusesAFetchWithoutAPath) {
+    EXPECT_EQ(ask("fetch", json::object())["error"]["code"], -32602);
+    EXPECT_EQ(ask("fetch", {{"path", 7}})["error"]["code"], -32602);
 }
 
 TEST_F(PluginServerTest, AnswersWhatIsNoRequest) {
