@@ -77,6 +77,10 @@ void Indexer::carryOut(std::int32_t queueId, infra::tysDataBase& database) {
     }
     DocumentJob job;
     job.path = normalisePath(entry->field("doc_path").toText());
+    // Until the plug-in opens the document, some hundred microseconds go by; a disk needs as long to give its
+    // beginning. A document that came out of another was written just now, so this is for queue entries
+    // alone.
+    services_.system.automation.expectReading(job.path);
     writeHeartbeat(services_, jobHeartbeat);
     writeJobInWork(services_, queueId, std::string(base::right(job.path, documentKeyLength)));
     const std::int32_t indexType = entry->field("index_type").toInt32();

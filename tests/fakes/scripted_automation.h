@@ -45,7 +45,14 @@ class ScriptedAutomation : public platform::AutomationFactory {
         return std::make_unique<Object>(found->second);
     }
 
+    void expectReading(const std::string& path) noexcept override {
+        if (onExpectReading) {
+            onExpectReading(path);
+        }
+    }
+
     std::map<std::string, ScriptedPlugin> plugins;  // by ProgID
+    std::function<void(const std::string& path)> onExpectReading;
 
   private:
     class Object : public platform::AutomationObject {

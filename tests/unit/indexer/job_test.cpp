@@ -82,6 +82,41 @@ TEST_F(QueueJob, AnEntryWithAnEmptyOrNullPathIsNotFoundAndStaysClaimed) {
     EXPECT_EQ(library.settings.text(infra::indexerKey, "LastTouch"), std::nullopt);
 }
 
+TEST_F(QueueJob, TheDocumentsReadingIsAnnouncedOnceBetweenTheEntryAndThePlugin) {
+    Lines announced;
+    Lines before;
+    library.automation.onExpectReading = [&](const std::string& path) {
+        announced.push_back(path);
+        before = statements();
+        EXPECT_EQ(library.automation.plugins["Test.Text"].created, 0);
+    };
+    queue("/docs/next.txt");
+    const auto id = queue(" /docs\\\\river.txt");
+    statements();
+    EXPECT_TRUE(indexer.DoIndex(id));
+    EXPECT_EQ(announced, (Lines{"/docs\\river.txt"}));
+    ASSERT_EQ(before.size(), 1U);
+    EXPECT_TRUE(before.front().starts_with("SELECT TOP 1 doc_path")) << before.front();
+    EXPECT_EQ(indexed(), "SetDocumentID(/docs\\river.txt)");
+}
+
+TEST_F(QueueJob, ASecondTryWithTheDefaultPluginAnnouncesNothing) {
+    int announced = 0;
+    library.automation.onExpectReading = [&](const std::string&) { ++announced; };
+    library.automation.plugins["Test.Text"].answer("SetDocumentID", false);
+    library.automation.plugins["Test.Text"].answer("GetLastErrorNumber", std::int32_t{5});
+    library.automation.plugins["Test.Text"].answer("GetLastErrorString", std::string("no"));
+    EXPECT_TRUE(indexer.DoIndex(queue("/docs/river.txt")));
+    EXPECT_EQ(announced, 1);
+}
+
+TEST_F(QueueJob, AnEntryWithoutAPathAnnouncesNothing) {
+    int announced = 0;
+    library.automation.onExpectReading = [&](const std::string&) { ++announced; };
+    EXPECT_FALSE(indexer.DoIndex(queue("")));
+    EXPECT_EQ(announced, 0);
+}
+
 TEST_F(QueueJob, DoubledSeparatorsBecomeSingleAndBothPathFormsLeaveTheQueue) {
     library.drives.shares["X:"] = "\\\\srv\\share";
     const auto id = queue("X:\\docs\\\\a.doc");

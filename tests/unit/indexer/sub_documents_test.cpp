@@ -60,6 +60,20 @@ TEST_F(SubDocuments, SubDocumentsAreKeptUnderTheirParentsPathAndNumber) {
     EXPECT_TRUE(logged("Interest: Indexer::IndexDocument - Starting: http://elsewhere/second.txt"));
 }
 
+TEST_F(SubDocuments, OnlyTheReadingOfTheQueueEntryIsAnnounced) {
+    Lines announced;
+    library.automation.onExpectReading = [&](const std::string& path) { announced.push_back(path); };
+    ScriptedDocument parent;
+    parent.subDocuments = {{library.folder.write("attached/first.txt", "one"), ""}};
+    give(parent);
+    plugin().methods["GetNumberofSubDocuments"] = [this](std::span<base::Variant>) -> base::Variant {
+        return plugin().created == 1 ? std::int32_t{1} : std::int32_t{0};
+    };
+    EXPECT_TRUE(indexer.DoIndex(queue("/docs/parent.txt")));
+    EXPECT_EQ(plugin().created, 2);
+    EXPECT_EQ(announced, (Lines{"/docs/parent.txt"}));
+}
+
 TEST_F(SubDocuments, AttachmentsOfMessagesCanBeSwitchedOffForMessagesOnly) {
     library.settings.put(infra::indexerKey, "IndexEmailAttachments", 0);
     auto& mail = givePlugin("eml", "Test.Mail", ScriptedDocument());
