@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,6 +11,9 @@
 
 namespace sdk {
 namespace {
+
+/// The number of sentences, in the contract, when it is not known.
+constexpr std::int16_t unknownNumber = -1;
 
 /// The item at a 1-based index; an index without an item is an error that names both.
 template <class Items>
@@ -59,6 +63,21 @@ void Document::finish() {
         sentences = makeSentences();
         makeSentences = nullptr;
     }
+    while (makeMore()) {
+    }
+}
+
+bool Document::makeMore() {
+    if (!nextSentences) {
+        return false;
+    }
+    std::vector<std::string> next = nextSentences();
+    if (next.empty()) {
+        nextSentences = nullptr;
+        return false;
+    }
+    std::move(next.begin(), next.end(), std::back_inserter(sentences));
+    return true;
 }
 
 bool DocumentExtractor::SetDocumentID(const std::string& path) {
@@ -83,6 +102,15 @@ std::vector<std::string>& DocumentExtractor::sentences() {
     return document_.sentences;
 }
 
+std::vector<std::string>& DocumentExtractor::sentencesToRead() {
+    if (!document_.nextSentences) {
+        return sentences();
+    }
+    while (sentencesRead_ >= document_.sentences.size() && document_.makeMore()) {
+    }
+    return document_.sentences;
+}
+
 std::int32_t DocumentExtractor::GetLastErrorNumber() {
     return errorNumber_;
 }
@@ -99,17 +127,17 @@ base::Variant DocumentExtractor::GetDocumentProperty(const std::string& name) {
 
 std::int16_t DocumentExtractor::GetNumberOfSentences() {
     clearError();
-    return base::narrow16(countOf(sentences()));
+    return document_.nextSentences ? unknownNumber : base::narrow16(countOf(sentences()));
 }
 
 bool DocumentExtractor::MoreSentences() {
     clearError();
-    return sentencesRead_ < sentences().size();
+    return sentencesRead_ < sentencesToRead().size();
 }
 
 std::string DocumentExtractor::GetNextSentence() {
     clearError();
-    std::vector<std::string>& all = sentences();
+    std::vector<std::string>& all = sentencesToRead();
     if (sentencesRead_ >= all.size()) {
         throw ExtractionError(static_cast<int>(base::ErrorNumber::subscriptOutOfRange),
                               "there is no sentence after number " + std::to_string(all.size()));

@@ -90,6 +90,10 @@ struct Document {
     /// record meanwhile. It must not depend on the file any more: what is wrong with a document has to be
     /// known when it is opened. Called once, unless it raises an error.
     std::function<std::vector<std::string>()> makeSentences = nullptr;
+    /// Gives the next few sentences, none at the end: the service indexes the first while the others are
+    /// made, and is told that their number is unknown. There must not be more of them than maxSentences,
+    /// because none are joined. Copies of the document share it.
+    std::function<std::vector<std::string>()> nextSentences = nullptr;
     std::vector<TypedText> importantText;
     std::vector<Annotation> annotations;
     std::vector<TypedText> metaTags;
@@ -97,6 +101,9 @@ struct Document {
 
     /// Makes the sentences that have not been made yet.
     void finish();
+
+    /// Makes the next few sentences. False when there are no more.
+    bool makeMore();
 };
 
 /// An extractor for formats that are read whole: extract() is all that a plug-in writes.
@@ -135,6 +142,8 @@ class DocumentExtractor : public Extractor {
   private:
     /// The sentences, made when they are asked for first.
     std::vector<std::string>& sentences();
+    /// The same up to the next one that is read, if there is one.
+    std::vector<std::string>& sentencesToRead();
     /// Every call that succeeds leaves no error behind: the service asks after some of them.
     void clearError();
 

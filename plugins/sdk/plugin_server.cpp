@@ -1,5 +1,6 @@
 #include "sdk/plugin_server.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <exception>
@@ -103,31 +104,9 @@ std::string plainCall(Extractor& extractor, json& params) {
     return answer + "}";
 }
 
-/// Several calls in one request. A call whose result is not the expected one is the last.
-std::string sequence(Extractor& extractor, json& params) {
-    json& calls = params.at("calls");
-    Results results;
-    try {
-        for (json& step : calls) {
-            const base::Variant result = call(extractor, step);
-            results.add(result);
-            const auto expected = step.find("expect");
-            const bool goesOn = expected == step.end() || protocol::valueToJson<json>(result) == *expected;
-            if (!goesOn || results.full()) {
-                break;
-            }
-        }
-    } catch (const std::exception&) {
-        results.say("error", presentError());
-    }
-    return results.take();
-}
-
-std::string range(Extractor& extractor, const json& params) {
+void addRange(Results& results, Extractor& extractor, const json& params, std::int64_t first,
+              std::int64_t last) {
     const auto methods = params.at("methods").get<std::vector<std::string>>();
-    const auto first = params.at("first").get<std::int32_t>();
-    const auto last = params.at("last").get<std::int32_t>();
-    Results results;
     try {
         for (std::int64_t index = first; index <= last && !results.full(); ++index) {
             for (const std::string& method : methods) {
@@ -138,14 +117,12 @@ std::string range(Extractor& extractor, const json& params) {
     } catch (const std::exception&) {
         results.say("error", presentError());
     }
-    return results.take();
 }
 
-std::string whileMore(Extractor& extractor, const json& params) {
+void addWhile(Results& results, Extractor& extractor, const json& params) {
     const auto more = params.at("more").get<std::string>();
     const auto next = params.at("next").get<std::string>();
     const auto count = params.at("count").get<std::int32_t>();
-    Results results;
     bool goesOn = true;
     const std::string* method = &more;
     try {
@@ -164,6 +141,53 @@ std::string whileMore(Extractor& extractor, const json& params) {
         results.say("error", error);
     }
     results.say("more", goesOn);
+}
+
+/// The first of the items whose number the last call of a sequence gave.
+void addItems(Results& results, Extractor& extractor, const json& params, const base::Variant& number) {
+    const std::int32_t count = number.toInt32();
+    if (count == -1) {
+        addWhile(results, extractor, params);
+    } else {
+        addRange(results, extractor, params, 1, std::min(count, params.at("count").get<std::int32_t>()));
+    }
+}
+
+/// Several calls in one request. A call whose result is not the expected one is the last.
+std::string sequence(Extractor& extractor, json& params) {
+    json& calls = params.at("calls");
+    const auto items = params.find("items");
+    Results results;
+    base::Variant result;
+    try {
+        for (json& step : calls) {
+            result = call(extractor, step);
+            results.add(result);
+            const auto expected = step.find("expect");
+            const bool goesOn = expected == step.end() || protocol::valueToJson<json>(result) == *expected;
+            if (!goesOn || results.full()) {
+                return results.take();
+            }
+        }
+        if (items != params.end()) {
+            addItems(results, extractor, *items, result);
+        }
+    } catch (const std::exception&) {
+        results.say("error", presentError());
+    }
+    return results.take();
+}
+
+std::string range(Extractor& extractor, const json& params) {
+    Results results;
+    addRange(results, extractor, params, params.at("first").get<std::int32_t>(),
+             params.at("last").get<std::int32_t>());
+    return results.take();
+}
+
+std::string whileMore(Extractor& extractor, const json& params) {
+    Results results;
+    addWhile(results, extractor, params);
     return results.take();
 }
 

@@ -7,7 +7,9 @@
 // know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB;
 // "3 lasterror 7" answers 7 to GetLastErrorNumber, "3 tagerror 7" only
 // after it was asked for its number of meta tags; "3 broken title" raises an error for the property title;
-// "3 closed" cannot be opened.
+// "3 closed" cannot be opened; "300 early" gives the first sentences with their number, and "lies.toomany"
+// gives more of them than it is asked for, "lies.endless" none and yet more, "lies.mute" not whether there
+// are more.
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -36,6 +38,7 @@ struct Document {
     bool unknown = false;
     bool big = false;
     bool closed = false;
+    bool early = false;
     int errorAt = 0;
     int lastError = 0;
     int tagError = 0;
@@ -124,7 +127,7 @@ class FaultyPlugin {
             return range(documents_.at(params["object"]), params, id);
         }
         if (method == "sequence" && !minimal) {
-            return sequence(documents_.at(params["object"]), params["calls"], id);
+            return sequence(documents_.at(params["object"]), params, id);
         }
         if (method == "while" && !minimal) {
             return takeWhile(documents_.at(params["object"]), params["count"], id);
@@ -171,6 +174,7 @@ class FaultyPlugin {
             document.unknown = document.unknown || word == "unknown";
             document.big = document.big || word == "big";
             document.closed = document.closed || word == "closed";
+            document.early = document.early || word == "early";
             if (word == "error") {
                 words >> document.errorAt;
             }
@@ -234,7 +238,8 @@ class FaultyPlugin {
         return answer;
     }
 
-    json sequence(Document& document, const json& calls, int id) {
+    json sequence(Document& document, const json& params, int id) {
+        const json& calls = params["calls"];
         json answer = {{"results", json::array()}};
         try {
             for (const json& step : calls) {
@@ -249,12 +254,15 @@ class FaultyPlugin {
                 if (step.contains("expect") && result != step["expect"]) {
                     break;
                 }
-                if (fault_ == "fewer") {
+                if (fault_ == "fewer" && place_ != "items") {
                     break;
                 }
             }
         } catch (const Failure& failure) {
             answer["error"] = {{"code", failure.code}, {"message", failure.message}};
+        }
+        if (params.contains("items") && document.early && answer["results"].size() == calls.size()) {
+            goOnWithItems(document, params["items"], answer, id);
         }
         if (fault_ == "overdoes") {
             answer["results"].insert(answer["results"].end(), calls.size(), nullptr);
@@ -263,6 +271,28 @@ class FaultyPlugin {
             answer["results"].clear();
         }
         return answer;
+    }
+
+    /// Adds the first items to the answer to a sequence that has counted them.
+    void goOnWithItems(Document& document, const json& params, json& answer, int id) {
+        const int count = answer["results"].back();
+        const int most = params["count"];
+        log_ << "items " << most << std::endl;
+        json items =
+            count == -1
+                ? takeWhile(document, most, id)
+                : range(document,
+                        {{"methods", params["methods"]}, {"first", 1}, {"last", std::min(count, most)}}, id);
+        if (place_ == "toomany") {
+            items["results"].insert(items["results"].end(), static_cast<std::size_t>(most) + 1, "x");
+        } else if (place_ == "endless") {
+            items = {{"results", json::array()}, {"more", true}};
+        } else if (place_ == "mute") {
+            items.erase("more");
+        }
+        answer["results"].insert(answer["results"].end(), items["results"].begin(), items["results"].end());
+        items.erase("results");
+        answer.update(items);
     }
 
     json takeWhile(Document& document, int count, int id) {

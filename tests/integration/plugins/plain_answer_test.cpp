@@ -56,8 +56,8 @@ TEST(PlainAnswer, ReadsTextsAsTheLibraryDoes) {
 }
 
 TEST(PlainAnswer, LeavesWhatIsUnusualToTheLibrary) {
-    for (const char* result :
-         {R"({"date":"2001-02-03 04:05:06"})", "-1", "1.5", "1e3", "2147483648", "[]", R"("\ud83d\ude00")"}) {
+    for (const char* result : {R"({"date":"2001-02-03 04:05:06"})", "-1.5", "-1e3", "1.5", "1e3",
+                               "2147483648", "[]", R"("\ud83d\ude00")"}) {
         const std::string line = withResults("[" + std::string(result) + "]");
         EXPECT_FALSE(readPlainAnswer(line).has_value()) << line;
         EXPECT_TRUE(readAnswer(line).has_value()) << line;
@@ -84,9 +84,16 @@ TEST(PlainAnswer, IsNoneWhereThereIsNoAnswer) {
         EXPECT_FALSE(readPlainAnswer(line.substr(0, length)).has_value()) << length;
         EXPECT_FALSE(readAnswer(line.substr(0, length)).has_value()) << length;
     }
-    for (const char* results :
-         {"[\"\xC3\"]", "[\"\xED\xA0\x80\"]", "[\"a\x01\"]", "[\"\t\"]", R"(["\x"])", R"(["\u12G4"])",
-          R"(["\u+123"])", "[01]", "[1,]", "[,1]", "[1 2]", "[tru]", "[True]", "[1]]", "{\"a\":}"}) {
+    for (const char* results : {"[\"\xC3\"]",    "[\"\xED\xA0\x80\"]",
+                                "[\"a\x01\"]",   "[\"\t\"]",
+                                R"(["\x"])",     R"(["\u12G4"])",
+                                R"(["\u+123"])", "[01]",
+                                "[-]",           "[- 1]",
+                                "[-\t1]",        "[--1]",
+                                "[-01]",         "[1,]",
+                                "[,1]",          "[1 2]",
+                                "[tru]",         "[True]",
+                                "[1]]",          "{\"a\":}"}) {
         EXPECT_FALSE(readAnswer(withResults(results)).has_value()) << results;
     }
     EXPECT_FALSE(readAnswer(withResults("[1]") + "}").has_value());

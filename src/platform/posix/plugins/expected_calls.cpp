@@ -1,5 +1,7 @@
 #include "platform/posix/plugins/expected_calls.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -30,6 +32,10 @@ json toJson(const ExpectedCall& call) {
         presented["expect"] = *call.expected;
     }
     return presented;
+}
+
+json toJson(const ExpectedItems& items) {
+    return {{"methods", {items.method}}, {"more", items.more}, {"next", items.next}, {"count", items.most}};
 }
 
 }  // namespace
@@ -75,6 +81,7 @@ void ExpectedCalls::reset() {
     calls_.clear();
     results_.clear();
     error_.reset();
+    items_.reset();
 }
 
 void ExpectedCalls::post() {
@@ -82,12 +89,15 @@ void ExpectedCalls::post() {
         return;
     }
     json calls = json::array();
-    for (const ExpectedCall& call : sequences_.front()) {
+    for (const ExpectedCall& call : sequences_.front().calls) {
         calls.push_back(toJson(call));
         calls_.push_back(call);
     }
-    pending_ = target_.process.post(protocol::sequenceMethod,
-                                    json({{"object", target_.object}, {"calls", std::move(calls)}}).dump());
+    json params = {{"object", target_.object}, {"calls", std::move(calls)}};
+    if (const ExpectedItems* items = sequences_.front().items) {
+        params["items"] = toJson(*items);
+    }
+    pending_ = target_.process.post(protocol::sequenceMethod, params.dump());
 }
 
 /// False when the calls have to be made as they are.
@@ -105,18 +115,26 @@ bool ExpectedCalls::receive(std::string_view called) {
 }
 
 void ExpectedCalls::takeResults(std::string_view called, PluginAnswer& answer) {
-    const std::size_t most = sequences_.front().size();
+    const std::size_t most = sequences_.front().calls.size();
+    const bool mayHaveItems = sequences_.front().items != nullptr;
     if (!answer.results) {
         target_.process.fault(called, "the plug-in answered without a list of results");
     }
-    if (answer.results->size() > most) {
+    if (answer.results->size() > most && !mayHaveItems) {
         target_.process.fault(called, "the plug-in answered more calls than it was asked for");
     }
     if (answer.results->empty() && !answer.itemError) {
         target_.process.fault(called, "the plug-in answered a sequence without a result");
     }
-    std::move(answer.results->begin(), answer.results->end(), std::back_inserter(results_));
-    error_ = answer.itemError;
+    const std::size_t calls = std::min(answer.results->size(), most);
+    const auto items = answer.results->begin() + static_cast<std::ptrdiff_t>(calls);
+    std::move(answer.results->begin(), items, std::back_inserter(results_));
+    if (mayHaveItems && calls == most) {
+        answer.results->erase(answer.results->begin(), items);
+        items_ = std::move(answer);
+    } else {
+        error_ = answer.itemError;
+    }
     if (!error_ && results_.size() == most && endedAsExpected()) {
         sequences_ = sequences_.subspan(1);
         post();  // the process works on these while the engine works on the others
@@ -125,7 +143,7 @@ void ExpectedCalls::takeResults(std::string_view called, PluginAnswer& answer) {
 
 /// Whether the last call of the sequence gave what the calls behind it depend on.
 bool ExpectedCalls::endedAsExpected() const {
-    const auto& expected = sequences_.front().back().expected;
+    const auto& expected = sequences_.front().calls.back().expected;
     return !expected || results_.back() == base::Variant(*expected);
 }
 

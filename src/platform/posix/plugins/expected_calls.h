@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "base/variant.h"
 #include "platform/posix/plugins/plugin_process.h"
@@ -23,8 +24,19 @@ struct ExpectedCall {
     std::optional<std::int32_t> expected = {};  // any other result ends the sequence behind it
 };
 
-/// Calls that go in one request.
-using ExpectedSequence = std::span<const ExpectedCall>;
+/// Items that follow for certain when the last call of a sequence gives their number, which may be unknown.
+struct ExpectedItems {
+    std::string_view method;  // each of a known number, by its index
+    std::string_view more;    // whether there is another of an unknown number
+    std::string_view next;    // the other
+    std::int64_t most = 0;    // in the answer to the sequence
+};
+
+/// Calls that go in one request, and the first of the items that the last of them counts.
+struct ExpectedSequence {
+    std::span<const ExpectedCall> calls;
+    const ExpectedItems* items = nullptr;
+};
 
 class ExpectedCalls {
   public:
@@ -38,6 +50,10 @@ class ExpectedCalls {
     /// The answer to the next call in order; nothing when the call is another one and has to be made as it
     /// is. What was expected is forgotten then.
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
+
+    /// What the answer to a sequence held behind the results of its calls, once: the first of the items and
+    /// how they end. Nothing for a process that knows of no items in a sequence.
+    std::optional<PluginAnswer> takeItems() { return std::exchange(items_, std::nullopt); }
 
     /// Forgets everything.
     void reset();
@@ -53,7 +69,8 @@ class ExpectedCalls {
     std::optional<PluginProcess::RequestId> pending_;
     std::deque<ExpectedCall> calls_;  // that have no answer yet, or one that the engine has not asked for
     std::deque<base::Variant> results_;
-    std::optional<PluginError> error_;  // comes after the results
+    std::optional<PluginError> error_;   // comes after the results
+    std::optional<PluginAnswer> items_;  // that came with the results
 };
 
 }  // namespace platform::posix

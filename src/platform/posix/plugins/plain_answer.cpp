@@ -29,6 +29,7 @@ class Scanner {
                 return once(seen, version) && readText(text);
             }
             if (name == "id") {
+                skipBlanks();
                 return once(seen, id) && readInteger(answer.request);
             }
             return name == "result" && once(seen, result) && readResult(answer);
@@ -97,9 +98,10 @@ class Scanner {
             value = truth;
             return true;
         }
+        const bool negative = takeWord("-");
         std::int64_t number = 0;
         const bool read = readInteger(number);
-        value = static_cast<std::int32_t>(number);
+        value = static_cast<std::int32_t>(negative ? -number : number);
         return read;
     }
 
@@ -112,7 +114,6 @@ class Scanner {
     /// A whole number that is not negative and fits in 32 bits, without a fraction or an exponent.
     bool readInteger(std::int64_t& number) {
         constexpr std::size_t mostDigits = 9;
-        skipBlanks();
         std::size_t digits = 0;
         for (number = 0;
              digits < rest_.size() && rest_[digits] >= '0' && rest_[digits] <= '9' && digits <= mostDigits;

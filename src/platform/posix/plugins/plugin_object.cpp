@@ -28,6 +28,12 @@ std::vector<RangeReader> rangeReaders(PluginTarget target) {
     return readers;
 }
 
+PluginAnswer withoutItems() {
+    PluginAnswer answer;
+    answer.results.emplace();
+    return answer;
+}
+
 constexpr std::string_view setDocument = "SetDocumentID";
 constexpr std::string_view sentenceCount = "GetNumberOfSentences";
 
@@ -39,7 +45,12 @@ constexpr std::array properties{ExpectedCall{"GetDocumentProperty", "source_url"
                                 ExpectedCall{"GetDocumentProperty", "data_size"},
                                 ExpectedCall{"GetDocumentProperty", "title"}};
 constexpr std::array modification{ExpectedCall{"GetDocumentProperty", "last_time_modified"}};
+/// The first sentences come with their number: to count them a plug-in has to have cut them, or it cuts them
+/// one after the other. They are one phase, so a process that breaks over one of these sentences may take
+/// their number with it.
 constexpr std::array sentences{ExpectedCall{sentenceCount}};
+constexpr ExpectedItems firstSentences{
+    .method = "GetSentenceText", .more = "MoreSentences", .next = "GetNextSentence", .most = 64};
 /// The engine passes over what there is none of.
 constexpr std::array counts{ExpectedCall{.method = "GetNumberofImportantText", .expected = 0},
                             ExpectedCall{.method = "GetLastErrorNumber", .expected = 0},
@@ -47,15 +58,15 @@ constexpr std::array counts{ExpectedCall{.method = "GetNumberofImportantText", .
                             ExpectedCall{.method = "GetLastErrorNumber", .expected = 0},
                             ExpectedCall{.method = "GetNumberofMetaTags", .expected = 0},
                             ExpectedCall{.method = "GetLastErrorNumber", .expected = 0}};
-constexpr std::size_t fromAnnotations = 2;
+constexpr auto countsFromAnnotations = std::span(counts).subspan(2);
 /// Before this the engine writes what it has, which is the longest piece of its work.
 constexpr std::array subDocuments{ExpectedCall{"GetNumberofSubDocuments"}};
 
-const std::array<ExpectedSequence, 3> afterOpening{properties, modification, sentences};
-const std::array<ExpectedSequence, 2> afterSentences{counts, subDocuments};
-const std::array<ExpectedSequence, 2> afterImportantText{ExpectedSequence(counts).subspan(fromAnnotations),
-                                                         subDocuments};
-const std::array<ExpectedSequence, 1> afterMetaTags{subDocuments};
+const std::array afterOpening{ExpectedSequence{properties}, ExpectedSequence{modification},
+                              ExpectedSequence{sentences, &firstSentences}};
+const std::array afterSentences{ExpectedSequence{counts}, ExpectedSequence{subDocuments}};
+const std::array afterImportantText{ExpectedSequence{countsFromAnnotations}, ExpectedSequence{subDocuments}};
+const std::array afterMetaTags{ExpectedSequence{subDocuments}};
 
 }  // namespace
 
@@ -99,12 +110,15 @@ base::Variant PluginObject::call(std::string_view method, std::span<base::Varian
 
 std::optional<base::Variant> PluginObject::serve(std::string_view method,
                                                  std::span<const base::Variant> arguments) {
+    if (auto item = while_.serve(method, arguments)) {  // takes two calls for an item, so it goes first
+        return item;
+    }
     for (RangeReader& range : ranges_) {
         if (auto item = range.serve(method, arguments)) {
             return item;
         }
     }
-    return while_.serve(method, arguments);
+    return std::nullopt;
 }
 
 base::Variant PluginObject::callPlainly(std::string_view method, std::span<base::Variant> arguments) {
@@ -134,7 +148,20 @@ void PluginObject::learn(std::string_view method, const base::Variant& result) {
         range.learn(method, result);
     }
     while_.learn(method, result);
-    if (method == sentenceCount && !ranges_.front().start() && result == base::Variant(std::int32_t{0})) {
+    if (method == sentenceCount) {
+        startSentences(result);
+    }
+}
+
+void PluginObject::startSentences(const base::Variant& count) {
+    PluginAnswer arrived = expected_.takeItems().value_or(withoutItems());
+    RangeReader& bodySentences = ranges_.front();
+    if (!bodySentences.hasItems() && !while_.isReading() && !arrived.results->empty()) {
+        process_->fault(sentenceCount, "the plug-in answered more calls than it was asked for");
+    }
+    bodySentences.start(sentenceCount, arrived, firstSentences.most);
+    while_.start(sentenceCount, arrived, firstSentences.most);
+    if (count == base::Variant(std::int32_t{0}) || while_.takeEnd() || bodySentences.takeEnd()) {
         expected_.ask(afterSentences);
     }
 }

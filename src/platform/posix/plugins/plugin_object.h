@@ -27,6 +27,7 @@ class PluginObject : public AutomationObject {
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
     base::Variant callPlainly(std::string_view method, std::span<base::Variant> arguments);
     void learn(std::string_view method, const base::Variant& result);
+    void startSentences(const base::Variant& count);
     void expectWhatFollowsItems();
     void forgetReadAhead();
 

@@ -32,7 +32,7 @@ std::int64_t indexOf(std::span<const base::Variant> arguments) {
 }
 
 std::int64_t countOf(const base::Variant& result) {
-    return result.isNumeric() ? static_cast<std::int64_t>(std::clamp(result.toDouble(), -1.0, 1e9)) : 0;
+    return result.isNumeric() ? static_cast<std::int64_t>(std::clamp(result.toDouble(), -2.0, 1e9)) : 0;
 }
 
 /// Moves the results of a range or while answer to the items. Raises a fault when there are none or too many.
@@ -112,14 +112,29 @@ bool RangeReader::start() {
     if (count_ < 1 || !target_.process.abilities.ranges) {
         return false;
     }
+    begin();
+    ask();
+    return true;
+}
+
+void RangeReader::start(std::string_view called, PluginAnswer& arrived, std::int64_t most) {
+    const bool none = arrived.results && arrived.results->empty() && !arrived.itemError;
+    if (count_ < 1 || none) {
+        start();
+        return;
+    }
+    begin();
+    asked_ = std::min(most, count_);
+    takeResults(called, arrived);
+}
+
+void RangeReader::begin() {
     const std::int64_t count = count_;
     reset();
     count_ = count;
     nextIndex_ = 1;
     nextMethod_ = 0;
     fetched_ = 0;
-    ask();
-    return true;
 }
 
 void RangeReader::ask() {
@@ -158,18 +173,33 @@ void RangeReader::takeResults(std::string_view called, PluginAnswer& answer) {
         target_.process.fault(called, "the plug-in answered a range without a whole item");
     }
     fetched_ += results / methods;
-    if (fetched_ < count_) {
-        ask();  // the process works on these while the engine works on the others
-    } else {
+    if (fetched_ == count_) {
         ended_ = true;
+    } else if (target_.process.abilities.ranges) {
+        ask();  // the process works on these while the engine works on the others
     }
 }
 
 void WhileReader::learn(std::string_view method, const base::Variant& result) {
     if (method == sentenceCount) {
         reset();
-        reading_ = target_.process.abilities.whiles && countOf(result) == -1;
+        reading_ = countOf(result) == -1;
         more_ = reading_;
+    }
+}
+
+void WhileReader::start() {
+    if (reading_ && !pending_ && target_.process.abilities.whiles) {
+        ask();
+    }
+}
+
+void WhileReader::start(std::string_view called, PluginAnswer& arrived, std::int64_t most) {
+    const bool none = arrived.results && arrived.results->empty() && !arrived.itemError && !arrived.more;
+    if (none) {
+        start();
+    } else if (reading_) {
+        takeResults(called, arrived, most);
     }
 }
 
@@ -217,6 +247,10 @@ bool WhileReader::fill(std::string_view called) {
         return true;
     }
     if (!pending_) {
+        if (!target_.process.abilities.whiles) {
+            reading_ = false;
+            return false;
+        }
         ask();
     }
     return receive(called);
@@ -243,12 +277,12 @@ bool WhileReader::receive(std::string_view called) {
         error_->method = called;
         return true;
     }
-    takeResults(called, answer);
+    takeResults(called, answer, itemsPerRequest);
     return true;
 }
 
-void WhileReader::takeResults(std::string_view called, PluginAnswer& answer) {
-    takeValues(target_.process, called, answer, items_, itemsPerRequest);
+void WhileReader::takeResults(std::string_view called, PluginAnswer& answer, std::int64_t most) {
+    takeValues(target_.process, called, answer, items_, most);
     if (answer.itemError) {
         error_ = answer.itemError;
         return;
@@ -257,10 +291,10 @@ void WhileReader::takeResults(std::string_view called, PluginAnswer& answer) {
     if (!answer.more || (more_ && items_.empty())) {
         target_.process.fault(called, "the plug-in answered neither a sentence nor the end of them");
     }
-    if (more_) {
-        ask();  // the process works on the next sentences while the engine works on these
-    } else {
+    if (!more_) {
         ended_ = true;
+    } else if (target_.process.abilities.whiles) {
+        ask();  // the process works on the next sentences while the engine works on these
     }
 }
 

@@ -31,9 +31,16 @@ class RangeReader {
     /// has to be made as it is.
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
 
+    /// Whether its count says that there are any.
+    [[nodiscard]] bool hasItems() const { return count_ > 0; }
+
     /// Asks for the first items right away, for a caller that knows that they are asked for next. False when
     /// there are none, or when the process knows no such request.
     bool start();
+
+    /// Begins with the items that came with their number, of which `most` were asked for, and asks for the
+    /// next ones. Without items nor an error it just starts.
+    void start(std::string_view called, PluginAnswer& arrived, std::int64_t most);
 
     /// True once after the last item has arrived.
     bool takeEnd() { return std::exchange(ended_, false); }
@@ -43,6 +50,7 @@ class RangeReader {
 
   private:
     bool isNext(std::string_view method, std::span<const base::Variant> arguments);
+    void begin();
     void ask();
     bool receive(std::string_view called);
     void takeResults(std::string_view called, PluginAnswer& answer);
@@ -68,13 +76,23 @@ class WhileReader {
 
     void learn(std::string_view method, const base::Variant& result);
     std::optional<base::Variant> serve(std::string_view method, std::span<const base::Variant> arguments);
+
+    /// Whether their number is unknown and they have not all been read.
+    [[nodiscard]] bool isReading() const { return reading_; }
+
+    /// Asks for the first sentences right away.
+    void start();
+
+    /// Begins with the sentences that came with the news that their number is unknown, as RangeReader does.
+    void start(std::string_view called, PluginAnswer& arrived, std::int64_t most);
+
     bool takeEnd() { return std::exchange(ended_, false); }
     void reset();
 
   private:
     bool fill(std::string_view called);
     bool receive(std::string_view called);
-    void takeResults(std::string_view called, PluginAnswer& answer);
+    void takeResults(std::string_view called, PluginAnswer& answer, std::int64_t most);
     void ask();
 
     PluginTarget target_;

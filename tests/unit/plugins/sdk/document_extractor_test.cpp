@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <numeric>
 
 #include "unit/plugins/sdk/sample_extractor.h"
@@ -62,6 +63,48 @@ TEST(DocumentExtractor, RaisesTheErrorOfSentencesThatCannotBeMadeEachTime) {
     EXPECT_TRUE(extractor.SetDocumentID("document"));
     EXPECT_THROW(extractor.GetNumberOfSentences(), sdk::ExtractionError);
     EXPECT_THROW(extractor.GetSentenceText(1), sdk::ExtractionError);
+}
+
+/// Sentences in two pieces; `made` counts the calls.
+std::function<std::vector<std::string>()> inTwoPieces(int& made) {
+    return [&made]() -> std::vector<std::string> {
+        ++made;
+        return made == 1   ? std::vector<std::string>{"First.", "Second."}
+               : made == 2 ? std::vector<std::string>{"Third."}
+                           : std::vector<std::string>{};
+    };
+}
+
+TEST(DocumentExtractor, MakesTheNextSentencesWhenThoseBeforeHaveBeenRead) {
+    int made = 0;
+    sdk::Document document;
+    document.nextSentences = inTwoPieces(made);
+    SampleExtractor extractor(document);
+    EXPECT_TRUE(extractor.SetDocumentID("document"));
+    EXPECT_EQ(extractor.GetNumberOfSentences(), -1);
+    EXPECT_EQ(made, 0);
+    EXPECT_TRUE(extractor.MoreSentences());
+    EXPECT_EQ(extractor.GetNextSentence(), "First.");
+    EXPECT_EQ(extractor.GetNextSentence(), "Second.");
+    EXPECT_EQ(made, 1);
+    EXPECT_TRUE(extractor.MoreSentences());
+    EXPECT_EQ(extractor.GetNextSentence(), "Third.");
+    EXPECT_FALSE(extractor.MoreSentences());
+    EXPECT_FALSE(extractor.MoreSentences());
+    EXPECT_EQ(made, 3) << "it was asked again behind the end";
+    EXPECT_THROW(extractor.GetNextSentence(), sdk::ExtractionError);
+}
+
+TEST(DocumentExtractor, MakesAllSentencesWhenOneIsAskedForByItsIndex) {
+    int made = 0;
+    sdk::Document document;
+    document.nextSentences = inTwoPieces(made);
+    SampleExtractor extractor(document);
+    EXPECT_TRUE(extractor.SetDocumentID("document"));
+    EXPECT_EQ(extractor.GetNextSentence(), "First.");
+    EXPECT_EQ(extractor.GetSentenceText(3), "Third.");
+    EXPECT_EQ(extractor.GetNextSentence(), "Second.");
+    EXPECT_THROW(extractor.GetSentenceText(4), sdk::ExtractionError);
 }
 
 TEST(DocumentExtractor, JoinsSentencesThatAreMadeLater) {

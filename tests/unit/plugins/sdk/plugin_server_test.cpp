@@ -36,6 +36,28 @@ class PluginServerTest : public testing::Test {
         }
         return presented;
     }
+    /// A sequence that asks for the number of sentences and goes on with the first of them.
+    json countWithItems(const json& object, int most) {
+        return ask("sequence", {{"object", object},
+                                {"calls", {step("GetNumberOfSentences")}},
+                                {"items",
+                                 {{"methods", {"GetSentenceText"}},
+                                  {"more", "MoreSentences"},
+                                  {"next", "GetNextSentence"},
+                                  {"count", most}}}})["result"];
+    }
+    /// Makes the sentences of documents one after the other, and raises an error in the place of "".
+    void makeOneByOne(const std::vector<std::string>& sentences) {
+        document_.nextSentences = [sentences, next = std::size_t{0}]() mutable -> std::vector<std::string> {
+            if (next == sentences.size()) {
+                return {};
+            }
+            if (sentences[next].empty()) {
+                throw sdk::ExtractionError(7, "torn");
+            }
+            return {sentences[next++]};
+        };
+    }
     json open() {
         json object = ask("create", json::object())["result"];
         EXPECT_EQ(call(object, "SetDocumentID", {"document"})["result"]["result"], true);
@@ -135,6 +157,72 @@ TEST_F(PluginServerTest, EndsASequenceAtAnErrorAndKeepsTheResultsBeforeIt) {
     EXPECT_EQ(reply["result"]["results"], json({"One."}));
     EXPECT_EQ(reply["result"]["error"]["code"], 9);
     EXPECT_EQ(ask("sequence", {{"object", object}})["error"]["code"], -32602);
+}
+
+TEST_F(PluginServerTest, GoesOnWithTheFirstOfTheItemsThatASequenceCounts) {
+    document_.sentences = {"One.", "Two.", "Three."};
+    const json object = open();
+    EXPECT_EQ(countWithItems(object, 2), json({{"results", {3, "One.", "Two."}}}));
+    EXPECT_EQ(countWithItems(object, 9), json({{"results", {3, "One.", "Two.", "Three."}}}));
+    EXPECT_EQ(countWithItems(object, 0), json({{"results", {3}}}));
+}
+
+TEST_F(PluginServerTest, HasNoItemsToGoOnWithWhereThereAreNone) {
+    EXPECT_EQ(countWithItems(open(), 2), json({{"results", {0}}}));
+}
+
+TEST_F(PluginServerTest, GoesOnWithItemsOfAnUnknownNumber) {
+    makeOneByOne({"One.", "Two.", "Three."});
+    const json object = open();
+    EXPECT_EQ(countWithItems(object, 2), json({{"results", {-1, "One.", "Two."}}, {"more", true}}));
+    EXPECT_EQ(countWithItems(object, 2), json({{"results", {-1, "Three."}}, {"more", false}}));
+    makeOneByOne({});
+    EXPECT_EQ(countWithItems(open(), 2), json({{"results", {-1}}, {"more", false}}));
+}
+
+TEST_F(PluginServerTest, SaysTheErrorOfAnItemBehindTheOnesBeforeIt) {
+    makeOneByOne({"One.", ""});
+    const json torn = countWithItems(open(), 9);
+    EXPECT_EQ(torn["results"], json({-1, "One."}));
+    EXPECT_EQ(torn["error"], json({{"code", 7}, {"message", "torn"}, {"method", "MoreSentences"}}));
+    document_ = {};
+    document_.sentences = {"One."};
+    const json reply = ask("sequence", {{"object", open()},
+                                        {"calls", {step("GetNumberOfSentences")}},
+                                        {"items", {{"methods", {"GetMetaTagText"}}, {"count", 5}}}});
+    EXPECT_EQ(reply["result"]["results"], json({1}));
+    EXPECT_EQ(reply["result"]["error"]["message"], "index 1 is outside 1..0");
+}
+
+TEST_F(PluginServerTest, EndsASequenceEarlyWhenItsItemsGrowLarge) {
+    document_.sentences.assign(8, std::string(400 * 1024, 'x'));
+    EXPECT_EQ(countWithItems(open(), 8)["results"].size(), 4U);
+    makeOneByOne(document_.sentences);
+    const json reply = countWithItems(open(), 8);
+    EXPECT_EQ(reply["results"].size(), 4U);
+    EXPECT_EQ(reply["more"], true);
+}
+
+TEST_F(PluginServerTest, DoesNotGoOnBehindACallThatEndsTheSequence) {
+    document_.sentences = {"One."};
+    const json object = open();
+    const json items = {{"methods", {"GetSentenceText"}}, {"count", 5}};
+    const json unexpected = ask(
+        "sequence",
+        {{"object", object}, {"calls", {step("GetNumberOfSentences", json::array(), 0)}}, {"items", items}});
+    EXPECT_EQ(unexpected["result"], json({{"results", {1}}}));
+    const json failed =
+        ask("sequence", {{"object", object}, {"calls", {step("GetSentenceText", {2})}}, {"items", items}});
+    EXPECT_EQ(failed["result"]["results"], json::array());
+    EXPECT_EQ(failed["result"]["error"]["code"], 9);
+}
+
+TEST_F(PluginServerTest, PassesOverMembersThatItDoesNotKnow) {
+    document_.sentences = {"One."};
+    const json reply =
+        ask("sequence",
+            {{"object", open()}, {"calls", {step("GetNumberOfSentences")}}, {"colour", {{"methods", 7}}}});
+    EXPECT_EQ(reply["result"], json({{"results", {1}}}));
 }
 
 TEST_F(PluginServerTest, TakesSentencesWhileThereAreMore) {
