@@ -73,7 +73,10 @@ class Floor {
         library_.begin.run();
         const std::int64_t document = addRecords(path, extractor);
         const std::string title = extractor.GetDocumentProperty("title").toText();
-        const int sentences = extractor.GetNumberOfSentences();
+        const int sentences = extractor.GetNumberOfSentences();  // -1 when it is not known
+        while (sentences < 0 && extractor.MoreSentences()) {
+            addSentence(extractor.GetNextSentence(), "");
+        }
         for (int i = 1; i <= sentences; ++i) {
             addSentence(extractor.GetSentenceText(static_cast<std::int16_t>(i)), "");
         }

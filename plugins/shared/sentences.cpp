@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -328,7 +329,11 @@ std::vector<std::string> SentenceCollector::take() {
 }
 
 void addPlainText(SentenceCollector& collector, std::string_view text) {
-    while (!text.empty()) {
+    addLines(collector, text, std::numeric_limits<std::size_t>::max());
+}
+
+void addLines(SentenceCollector& collector, std::string_view& text, std::size_t enough) {
+    while (!text.empty() && collector.ended() < enough) {
         const std::string_view line = takeLine(text);
         const std::string_view content = withoutOuterBlanks(line);
         if (content.empty() || listMarkerLength(line) > 0) {
@@ -340,7 +345,9 @@ void addPlainText(SentenceCollector& collector, std::string_view text) {
             collector.endParagraph();
         }
     }
-    collector.endParagraph();
+    if (text.empty()) {
+        collector.endParagraph();
+    }
 }
 
 std::string foldWhiteSpace(std::string_view text) {

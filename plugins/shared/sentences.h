@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace shared {
@@ -27,6 +28,11 @@ class SentenceCollector {
 
     /// Ends the paragraph and the sentence in it.
     void endParagraph();
+
+    /// The sentences that have ended since the last call, for a reader of a text that cannot have more than
+    /// `most`: what has been taken is not joined.
+    std::vector<std::string> takeEnded() { return std::exchange(sentences_, {}); }
+    [[nodiscard]] std::size_t ended() const { return sentences_.size(); }
 
     /// What was collected, each sentence trimmed and none empty. The collector is empty afterwards.
     std::vector<std::string> take();
@@ -49,6 +55,10 @@ class SentenceCollector {
 
 /// Adds a plain text: empty lines end paragraphs, list items and ruled lines end sentences.
 void addPlainText(SentenceCollector& collector, std::string_view text);
+
+/// Adds the lines of a plain text, which it takes off, until at least `enough` sentences have ended or all is
+/// added. Many such pieces of a text make what addPlainText makes.
+void addLines(SentenceCollector& collector, std::string_view& text, std::size_t enough);
 
 /// Runs of white space become one blank, the ends are trimmed.
 std::string foldWhiteSpace(std::string_view text);

@@ -1,6 +1,8 @@
 #include "text/text_document.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -46,21 +48,45 @@ class PlainSentences {
   public:
     PlainSentences(std::string bytes, std::size_t most) : text_(std::move(bytes)), most_(most) {}
 
-    std::vector<std::string> operator()() {
-        if (!decoded_) {
-            text_ = shared::toUtf8(text_);
-            decoded_ = true;
-        }
+    std::vector<std::string> all() {
+        decode();
         shared::SentenceCollector sentences(most_);
         shared::addPlainText(sentences, text_);
         return sentences.take();
     }
 
+    /// The next few; none at the end.
+    std::vector<std::string> next() {
+        constexpr std::size_t few = 16;
+        decode();
+        if (!collector_) {
+            collector_.emplace(most_);
+            rest_ = text_;
+        }
+        shared::addLines(*collector_, rest_, few);
+        return collector_->takeEnded();
+    }
+
   private:
+    void decode() {
+        if (!decoded_) {
+            text_ = shared::toUtf8(text_);
+            decoded_ = true;
+        }
+    }
+
     std::string text_;
     std::size_t most_;
     bool decoded_ = false;
+    std::optional<shared::SentenceCollector> collector_;
+    std::string_view rest_;  // of the text, for the next few
 };
+
+/// Whether a text may have more sentences than this. Each has a character at least, and another one ends it
+/// or keeps it apart from the next; no character has less than a byte.
+bool mayHaveMore(std::string_view bytes, std::size_t most) {
+    return bytes.size() / 2 >= most;
+}
 
 }  // namespace
 
@@ -80,7 +106,13 @@ sdk::Document readTextDocument(const std::string& path, std::size_t mostSentence
         }
         document.sentences = sentences.take();
     } else {
-        document.makeSentences = PlainSentences(std::move(bytes), mostSentences);
+        const bool few = !mayHaveMore(bytes, mostSentences);
+        const auto sentences = std::make_shared<PlainSentences>(std::move(bytes), mostSentences);
+        if (few) {
+            document.nextSentences = [sentences] { return sentences->next(); };
+        } else {
+            document.makeSentences = [sentences] { return sentences->all(); };
+        }
     }
     return document;
 }

@@ -55,6 +55,8 @@ TICK = [
 
 TICK_ENDS = ["Crash Detect: Main.Timer Action Complete"]
 
+UNCOUNTED = -1  # sentences that the text plug-in is still cutting when it is asked for their number
+
 
 def document_log(path, plugin, created, sentences, sub_documents=()):
     """What the pipeline writes about one document; `created` joins the arguments of its creation."""
@@ -135,7 +137,7 @@ class WholeJob(harness.ServiceTest):
         library.run()
         lines = [masked(line) for line in library.log()]
         text_log = document_log(text, harness.TEXT_PLUGIN,
-                                f"{text}~~<moment>~txt~{text}~{len(TEXT)}~False~-1~{USER}", sentences=3)
+                                f"{text}~~<moment>~txt~{text}~{len(TEXT)}~False~-1~{USER}", UNCOUNTED)
         expected = (STARTED + TICK + job_log(text, text_log) + TICK_ENDS
                     + TICK + job_log(mail, self.mail_log(mail), queue_id=2) + TICK_ENDS)
         self.assertEqual(lines[:len(expected)], expected)
@@ -152,7 +154,7 @@ class WholeJob(harness.ServiceTest):
         self.assertTrue(attachment.startswith(str(library.temporary)))
         created = f"{attachment}~{title} - tides~<moment>~txt~{mail}?attach=1~{attachment_size}~False~{id_mail}~{USER}"
         attachment_log = [f"Logic: Indexer::IndexDocument - Sub Doc: {attachment}",
-                          *document_log(attachment, harness.TEXT_PLUGIN, created, sentences=1)]
+                          *document_log(attachment, harness.TEXT_PLUGIN, created, UNCOUNTED)]
         return document_log(mail, harness.MAIL_PLUGIN,
                             f"{source}~{title}~<moment>~eml~{mail}~{size}~False~-1~{USER}", sentences=1,
                             sub_documents=attachment_log)
