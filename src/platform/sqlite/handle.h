@@ -28,7 +28,7 @@ namespace platform::sqlite {
 struct HandleOptions {
     /// How long a statement waits for another connection's lock.
     std::chrono::milliseconds busyTimeout{30000};
-    int cacheKibibytes = 4096;
+    int cacheKibibytes = 2048;
     /// Bytes of pages in the write-ahead log before they are moved into the library.
     std::int64_t checkpointBytes = 64LL * 1024 * 1024;
 };

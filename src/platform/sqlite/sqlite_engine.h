@@ -22,7 +22,7 @@ struct SqliteOptions {
     std::chrono::milliseconds busyTimeout{30000};
     /// Room for pages of the library that are kept in memory, for each connection. A document needs a few
     /// hundred of them, and SQLite looks at all when a transaction ends: more room makes every commit slower.
-    int cacheKibibytes = 4096;
+    int cacheKibibytes = 2048;
     /// Bytes of pages in the write-ahead log before they are moved into the library. A document changes
     /// dozens of pages, and the next document many of the same ones; moving them seldom moves each of them
     /// once instead of time and again, and waits for the disk seldom.
