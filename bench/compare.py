@@ -59,6 +59,8 @@ def parse_arguments():
                         help="let the library grow by N documents at a time, up to 20 times (default: 2000)")
     parser.add_argument("--no-growth", action="store_true", help="leave out the growing library and the stages")
     parser.add_argument("--no-stages", action="store_true", help="leave out the stages")
+    parser.add_argument("--warm", action="store_true", help="have the documents in memory before each run instead of on "
+                        "the disk alone")
     parser.add_argument("--keep", action="store_true", help="leave libraries and logs of the rounds in build/bench")
     parser.add_argument("--write-docs", action="store_true", help="put the tables into docs/performance.md and the "
                         "picture beside it")
@@ -86,18 +88,18 @@ def measure(options):
     shutil.rmtree(WORK, ignore_errors=True)
     WORK.mkdir(parents=True)
     folder, made = (options.corpus.resolve(), {}) if options.corpus else large_corpus(note)
-    text = Corpus(folder, TEXT_TYPES, "text", WORK, options.copies, options.documents)
-    mail = Corpus(folder, MAIL_TYPES, "mail", WORK, options.copies)
+    text = Corpus(folder, TEXT_TYPES, "text", WORK, options.copies, options.documents, options.warm)
+    mail = Corpus(folder, MAIL_TYPES, "mail", WORK, options.copies, warm=options.warm)
     if not text.files:
         sys.exit(f"{folder} holds no .txt or .md file to measure with")
     note(f"Corpus: {folder}: {text}" + (f", {mail}" if mail.files else "") + f"; {options.rounds} rounds")
     result = {"machine": described_machine(), "rounds": options.rounds,
               "corpus": {"folder": str(folder), "text": text.described(), "mail": mail.described(),
-                         "copies": options.copies, **made}}
+                         "copies": options.copies, "warm": options.warm, **made}}
     result["runs"] = measure_runs(text, mail, options)
     result["same_rows"] = compare_rows(result["runs"])
     if not options.no_growth:
-        batch = Corpus(folder, TEXT_TYPES, "batch", WORK, options.copies, options.growth_corpus)
+        batch = Corpus(folder, TEXT_TYPES, "batch", WORK, options.copies, options.growth_corpus, options.warm)
         grown = measure_growth(batch, not options.no_stages, note)
         result["growth"], result["stages"] = grown.points, grown.stages
     if not options.keep:

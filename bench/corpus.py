@@ -129,8 +129,8 @@ def is_english_text(content):
 class Corpus:
     """The files of some types, linked or copied to a folder of their own so that all programs read the same ones."""
 
-    def __init__(self, folder, types, name, work, copies=1, most=None):
-        self.name, self.folder = name, work / "corpus" / name
+    def __init__(self, folder, types, name, work, copies=1, most=None, warm=False):
+        self.name, self.folder, self.warm = name, work / "corpus" / name, warm
         found = sorted(file for file in folder.rglob("*") if file.suffix.lower() in types and file.is_file())
         found = every_nth(found, most)
         self.files = [place(file, self.folder / f"copy{copy + 1}" / file.relative_to(folder))
@@ -141,18 +141,21 @@ class Corpus:
     def moved(self, name):
         """The same files in another folder, so that their paths are new to a library."""
         other = object.__new__(Corpus)
-        other.name, other.folder, other.bytes = self.name, self.folder.parent / name, self.bytes
+        other.name, other.folder, other.bytes, other.warm = self.name, self.folder.parent / name, self.bytes, self.warm
         other.files = [place(file, other.folder / file.relative_to(self.folder)) for file in self.files]
         return other
 
-    def leave_memory(self):
-        """Makes the next program read every file from the disk, as a service finds the documents that are put into its
-        queue. Otherwise a program would gain by what the one before it has just read. What that one wrote is on the
-        disk as well before the next begins."""
+    def prepare_run(self):
+        """Has the next program read every file from the disk, as a service finds the documents that are put into its
+        queue, or, when warm, find them all in memory. Otherwise a program would gain by what the one before it has just
+        read. What that one wrote is on the disk before the next begins."""
         os.sync()
         for path in self.files:
             with open(path, "rb") as file:
-                os.posix_fadvise(file.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
+                if self.warm:
+                    file.read()
+                else:
+                    os.posix_fadvise(file.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
 
     def remove(self):
         shutil.rmtree(self.folder)

@@ -51,7 +51,7 @@ class Service:
     def index(self, corpus):
         self.queue(corpus)
         self.log.unlink(missing_ok=True)
-        corpus.leave_memory()
+        corpus.prepare_run()
         watch = Watch([BIN / "tyindexerd", "--until-idle", "--poll-interval", "0.001"], self.work, self.environment,
                       self.log)
         return watch.figures(corpus, self.size())
@@ -84,7 +84,7 @@ class Service:
     def stages(self, corpus):
         """Indexes a corpus with the stages program."""
         self.queue(corpus)
-        corpus.leave_memory()
+        corpus.prepare_run()
         done = subprocess.run([BIN / "tyindexer-stages"], env={**os.environ, **self.environment},
                               stdout=subprocess.PIPE, text=True)
         if done.returncode != 0:
@@ -113,7 +113,7 @@ def run_floor(corpus, name):
     folder.mkdir()
     library, paths = folder / "library.db", folder / "paths.txt"
     paths.write_text("".join(f"{file}\n" for file in corpus.files))
-    corpus.leave_memory()
+    corpus.prepare_run()
     with open(paths, "rb") as source:
         watch = Watch([BIN / "tyindexer-floor", library], WORK, stdin=source)
     return {**watch.figures(corpus, library.stat().st_size), **rows_of(library)}
@@ -129,7 +129,7 @@ def run_recollindex(corpus, name):
     # It would run with the lowest priority, which on a busy machine starves it.
     (folder / "recoll.conf").write_text(f"topdirs = {corpus.folder}\nloglevel = 2\nnoaspell = 1\nidxniceprio = 0\n"
                                          "monioniceclass = 2\nmonioniceclassdata = 4\n")
-    corpus.leave_memory()
+    corpus.prepare_run()
     watch = Watch(["recollindex", "-z", "-c", folder], WORK, {"RECOLL_CONFDIR": str(folder)})
     index = [file for file in (folder / "xapiandb").rglob("*") if file.is_file()]
     return watch.figures(corpus, sum(file.stat().st_size for file in index))

@@ -170,7 +170,9 @@ def described_machine(result):
     text = (f"Measured on {machine['date']}: {machine['processor']}, {machine['cores']} cores, "
             f"{machine['memory_gb']} GB of memory, {machine['system']}, Linux {machine['kernel']}, SQLite "
             f"{machine['sqlite']}, {machine['compiler']}; {corpus['text']['documents']:,} documents, "
-            f"{megabytes(corpus['text']['bytes'])} MB of text; {result['rounds']} rounds, told as the median with the "
+            f"{megabytes(corpus['text']['bytes'])} MB of text, "
+            f"{'in memory' if corpus.get('warm') else 'read from the disk'}; "
+            f"{result['rounds']} rounds, told as the median with the "
             "smallest and the largest value.")
     return text + (f"\n\nThe documents come from {packages}." if packages else "")
 
