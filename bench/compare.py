@@ -59,8 +59,8 @@ def parse_arguments():
                         help="let the library grow by N documents at a time, up to 20 times (default: 2000)")
     parser.add_argument("--no-growth", action="store_true", help="leave out the growing library and the stages")
     parser.add_argument("--no-stages", action="store_true", help="leave out the stages")
-    parser.add_argument("--warm", action="store_true", help="have the documents in memory before each run instead of on "
-                        "the disk alone")
+    parser.add_argument("--warm", action="store_true", help="have the documents in memory before each run, not on the "
+                        "disk alone")
     parser.add_argument("--keep", action="store_true", help="leave libraries and logs of the rounds in build/bench")
     parser.add_argument("--write-docs", action="store_true", help="put the tables into docs/performance.md and the "
                         "picture beside it")
