@@ -127,6 +127,7 @@ base::Variant DocumentExtractor::GetDocumentProperty(const std::string& name) {
 
 std::int16_t DocumentExtractor::GetNumberOfSentences() {
     clearError();
+    sentencesRead_ = 0;  // sentences may have been sent with an answer that nobody took
     return document_.nextSentences ? unknownNumber : base::narrow16(countOf(sentences()));
 }
 

@@ -108,7 +108,7 @@ void addRange(Results& results, Extractor& extractor, const json& params, std::i
               std::int64_t last) {
     const auto methods = params.at("methods").get<std::vector<std::string>>();
     try {
-        for (std::int64_t index = first; index <= last && !results.full(); ++index) {
+        for (std::int64_t index = first; index <= last && (index == first || !results.full()); ++index) {
             for (const std::string& method : methods) {
                 base::Variant argument(static_cast<std::int32_t>(index));
                 results.add(callByName(extractor, method, {&argument, 1}));
@@ -126,7 +126,7 @@ void addWhile(Results& results, Extractor& extractor, const json& params) {
     bool goesOn = true;
     const std::string* method = &more;
     try {
-        for (std::int32_t taken = 0; taken < count && !results.full(); ++taken) {
+        for (std::int32_t taken = 0; taken < count && (taken == 0 || !results.full()); ++taken) {
             method = &more;
             goesOn = callByName(extractor, more, {}).toBool();
             if (!goesOn) {

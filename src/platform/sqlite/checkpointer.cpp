@@ -96,7 +96,8 @@ void Checkpointer::join() {
 /// do, nobody begins the log anew. SQLite before 3.51.3 damages a library when that happens just as a pass
 /// begins over a log of which all has been moved: it then takes as many pages of the new log for moved ones.
 void Checkpointer::moveLog(LibraryFile file) const {
-    const Database database = open(file.path());
+    // The log beside a file that was put in this one's place is not that file's.
+    const Database database = file.isInPlace() ? open(file.path()) : nullptr;
     if (database == nullptr) {
         return;
     }

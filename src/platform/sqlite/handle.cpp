@@ -94,8 +94,8 @@ Handle::~Handle() {
     }
 }
 
-/// Before the file is closed: the last connection to close it takes the log away, and that one belongs to a
-/// handle.
+/// Before the file is closed: the last connection to close it takes the log away, and the thread's never
+/// does.
 void Handle::stopCheckpoints() noexcept {
     sqlite3_wal_hook(database_.get(), nullptr, nullptr);
     checkpointer_.wait();

@@ -58,9 +58,9 @@ void SqliteConnection::execute(std::string_view statement, int /*options*/) {
     }
 }
 
-/// Changes rows over the handle that was given back last, when there is one. It has written last, so that the
-/// pages it keeps are those of the library, and they stay so. Were the rows changed over the connection's own
-/// handle, the next job would read all its pages anew.
+/// Changes rows over the handle that was given back last, when there is one. Mostly it is the one that wrote
+/// last, so that the pages it keeps are those of the library, and they stay so. Were the rows changed over
+/// the connection's own handle, the next job would read all its pages anew.
 bool SqliteConnection::executeOverWarmHandle(std::string_view statement) {
     if (handle_->isAtWork() || !(statement.starts_with("UPDATE ") || statement.starts_with("DELETE "))) {
         return false;

@@ -1,7 +1,8 @@
 // A plug-in that misbehaves on demand. The name under which it is started says how and where: "dies.Echo"
 // dies when Echo is called, "exits.start" exits before it reads anything, "hangs.create2" hangs when it is
-// asked for its second object, "minimal.plugin" knows neither range nor while nor sequence nor fetch. What it
-// is asked is written to the file of its name with ".log" behind it.
+// asked for its second object, "refuses.createlater" gives no object but the first, "minimal.plugin" knows
+// neither range nor while nor sequence nor fetch. What it is asked is written to the file of its name with
+// ".log" behind it.
 //
 // SetDocumentID takes what the document is like: "300" has 300 items of each kind; "300 unknown" does not
 // know its number of sentences; "300 error 5" raises an error for sentence 5; "3 big" has sentences of 2 MB;
@@ -93,9 +94,12 @@ class FaultyPlugin {
         }
     }
 
-    /// The request's method; with a number behind it when this one of them is the place to misbehave.
+    /// The request's method; with a number behind it when this one of them is the place to misbehave, and
+    /// with "later" when that is every one but the first.
     std::string placeOf(const std::string& method) {
-        const std::string numbered = method + std::to_string(++requests_[method]);
+        const int number = ++requests_[method];
+        const std::string numbered =
+            method + (place_ == method + "later" && number > 1 ? "later" : std::to_string(number));
         return numbered == place_ ? numbered : method;
     }
 

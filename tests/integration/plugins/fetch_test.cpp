@@ -153,9 +153,22 @@ TEST_F(PluginFetch, DoesNotPileUpBeforeAProcessThatDoesNotRead) {
 TEST_F(PluginFetch, BeforeARefusedObjectIsNoErrorOfTheNext) {
     const auto process = useOnce("refuses.create2");
     factory_.expectReading("one");
-    EXPECT_EQ(errorOf([&] { create("refuses.create2"); }).number(), 1234);
-    factory_.expectReading("two");
     EXPECT_EQ(useOnce("refuses.create2"), process);
+}
+
+TEST_F(PluginFetch, OverAnotherPluginsDocumentCostsNoDocumentAnything) {
+    for (const std::string plugin : {"hangs.fetch2", "dies.fetch2"}) {
+        useOnce(plugin);
+        factory_.expectReading("one");
+        useOnce(plugin);
+        factory_.expectReading("of another plug-in");  // goes to this one, which waited last
+        useOnce("b.plugin");
+        factory_.expectReading("three");  // goes to the other one
+        shortLimits_ = 1;
+        auto object = create(plugin);
+        EXPECT_EQ(errorOf([&] { call(*object, "SetDocumentID", "3"); }).number(), 0) << plugin;
+        shortLimits_ = 0;
+    }
 }
 
 }  // namespace

@@ -84,24 +84,30 @@ TEST_F(PluginObject, IsNotAskedForInAProcessThatHasOneOrThatEnds) {
     EXPECT_EQ(asked("a.plugin", "create").size(), 4U) << "one of each process at first, one after";
 }
 
-TEST_F(PluginObject, ThatIsRefusedAheadIsAnErrorOfTheCreationThatNeedsIt) {
+TEST_F(PluginObject, ThatIsRefusedAheadIsAskedForOnceMoreWhenItIsNeeded) {
     auto object = open("refuses.create2", "1");
     const auto process = call(*object, "GetProcessID");
     object.reset();
-    const auto error = errorOf([&] { create("refuses.create2"); });
-    EXPECT_EQ(error.number(), 1234);
-    EXPECT_EQ(error.description(), "refuses.create2: create: it went wrong");
-
     auto next = open("refuses.create2", "1");
     EXPECT_EQ(call(*next, "GetProcessID"), process);
-    EXPECT_EQ(asked("refuses.create2", "create").size(), 3U) << "nothing was asked ahead of the third";
+    EXPECT_EQ(asked("refuses.create2", "create").size(), 3U);
+}
+
+TEST_F(PluginObject, ThatIsRefusedForGoodIsAnErrorOfTheCreationThatNeedsIt) {
+    open("refuses.createlater", "1").reset();
+    for (const std::size_t asked_so_far : {3U, 4U}) {
+        const auto error = errorOf([&] { create("refuses.createlater"); });
+        EXPECT_EQ(error.number(), 1234);
+        EXPECT_EQ(error.description(), "refuses.createlater: create: it went wrong");
+        EXPECT_EQ(asked("refuses.createlater", "create").size(), asked_so_far);
+    }
 }
 
 TEST_F(PluginObject, ThatIsRefusedAheadCostsTheOneInUseNothing) {
-    auto outer = open("refuses.create2", "1");
-    open("refuses.create2", "2").reset();
+    auto outer = open("refuses.createlater", "1");
+    open("refuses.createlater", "2").reset();
     EXPECT_EQ(item(*outer, "GetMetaTagText", 1), "GetMetaTagText1");
-    EXPECT_EQ(errorOf([&] { create("refuses.create2"); }).number(), 1234);
+    EXPECT_EQ(errorOf([&] { create("refuses.createlater"); }).number(), 1234);
     EXPECT_EQ(item(*outer, "GetMetaTagText", 1), "GetMetaTagText1");
 }
 

@@ -82,6 +82,11 @@ std::unique_ptr<AutomationObject> PluginFactory::create(std::string_view progId)
 }
 
 void PluginFactory::expectReading(const std::string& path) noexcept {
+    for (const auto& [progId, pool] : pools_) {
+        if (pool->warm != nullptr && pool.get() != latest_) {
+            pool->warm->fetchElsewhere();
+        }
+    }
     if (latest_ != nullptr && latest_->warm != nullptr && latest_->warm->isGood()) {
         latest_->warm->fetch(path);
     }

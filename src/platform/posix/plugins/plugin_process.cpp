@@ -91,15 +91,17 @@ void PluginProcess::abandon(RequestId request) {
 
 std::int64_t PluginProcess::createObject(milliseconds limit) {
     const auto ahead = std::exchange(nextObject_, std::nullopt);
-    const RequestId request = ahead ? *ahead : post(protocol::createMethod, "{}");
-    const auto handle = awaitResult(request, protocol::createMethod, limit).handle;
-    if (!handle) {
+    PluginAnswer answer = ahead ? await(*ahead, protocol::createMethod, limit) : PluginAnswer();
+    if (!ahead || answer.error) {  // what was refused long ago may be granted now
+        answer = awaitResult(post(protocol::createMethod, "{}"), protocol::createMethod, limit);
+    }
+    if (!answer.handle) {
         fault(protocol::createMethod, "the plug-in answered without the number of an object");
     }
     if (fetchIsDue_) {
         finishFetch(limit);
     }
-    return *handle;
+    return *answer.handle;
 }
 
 void PluginProcess::createAhead() noexcept {

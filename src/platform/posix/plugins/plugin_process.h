@@ -50,7 +50,7 @@ class PluginProcess {
     void abandon(RequestId request);
 
     /// Gives the handle of a new object, the one that was asked for ahead when there is one. Raises the error
-    /// of its creation, whenever it was made.
+    /// of its creation. What was refused ahead is asked for once more.
     ///
     /// What the process has been asked to fetch need not have been fetched, with two exceptions, so that a
     /// fault over it is no error of the object's calls: the first file that the process is asked for, which
@@ -64,6 +64,10 @@ class PluginProcess {
     /// Does nothing while the process is at the file of a document before: requests must not pile up where
     /// one is held up.
     void fetch(const std::string& path) noexcept;
+
+    /// Takes note that another process was asked to fetch the file of the next document: what this one may be
+    /// at is of a document before.
+    void fetchElsewhere() { fetchIsDue_ = fetchIsDue_ || fetch_; }
 
     /// Releases an object. The request waits for the next one or for sendPending, so that it does not wake
     /// the process on its own.

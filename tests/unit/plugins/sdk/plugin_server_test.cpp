@@ -175,7 +175,10 @@ TEST_F(PluginServerTest, GoesOnWithItemsOfAnUnknownNumber) {
     makeOneByOne({"One.", "Two.", "Three."});
     const json object = open();
     EXPECT_EQ(countWithItems(object, 2), json({{"results", {-1, "One.", "Two."}}, {"more", true}}));
-    EXPECT_EQ(countWithItems(object, 2), json({{"results", {-1, "Three."}}, {"more", false}}));
+    EXPECT_EQ(countWithItems(object, 3), json({{"results", {-1, "One.", "Two.", "Three."}}, {"more", true}}))
+        << "asked again, it begins anew";
+    EXPECT_EQ(countWithItems(object, 4),
+              json({{"results", {-1, "One.", "Two.", "Three."}}, {"more", false}}));
     makeOneByOne({});
     EXPECT_EQ(countWithItems(open(), 2), json({{"results", {-1}}, {"more", false}}));
 }
