@@ -10,9 +10,9 @@
 namespace platform::sqlite {
 namespace {
 
-// While a pass is under way pages are added, fewer each time. Fewer than these are left to the handle.
+// While a pass is under way pages are added, fewer each time. Fewer than these are left to the handle, and so
+// are more where a disk is so slow that they do not become fewer: the log must come to its end.
 constexpr int fewPages = 1024;
-constexpr int mostPasses = 8;
 
 struct Closer {
     void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
@@ -101,14 +101,18 @@ void Checkpointer::moveLog(LibraryFile file) const {
     if (database == nullptr) {
         return;
     }
+    int before = 0;
     int moved = 0;
-    for (int pass = 0; pass == 0 || (pass < mostPasses && pages_ - moved >= fewPages); ++pass) {
+    int left = 0;
+    do {
         file.checkSame(database.get());
+        before = moved;
         if (sqlite3_wal_checkpoint_v2(database.get(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr, &moved) !=
             SQLITE_OK) {
             return;
         }
-    }
+        left = pages_ - moved;
+    } while (left >= fewPages && left < (moved - before) / 2);
 }
 
 }  // namespace platform::sqlite
